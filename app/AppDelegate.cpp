@@ -1,0 +1,81 @@
+#include "app/AppDelegate.h"
+
+#include "input/PasswordBuffer.h"
+#include "input/PasswordFile.h"
+#include "lockscreen/LockImageChooser.h"
+#include "lockscreen/LockScreenViews.h"
+#include "lockscreen/LockWindow.h"
+#include "platform/Displays.h"
+#include "platform/PowerSources.h"
+#include "ui/FirstPasswordWindow.h"
+#include "ui/StatusItem.h"
+
+AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
+    : QObject(parent), m_platform(std::move(platform)), m_settingsStore(m_platform.libraryFolder),
+      m_window(std::make_unique<LockWindow>()),
+      m_setPassword(std::make_unique<FirstPasswordWindow>())
+{
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::awakeFromNib()
+{
+    m_statusItem = new StatusItem(this);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    m_settingsStore.writeFirstRunSettingsIfMissing();
+    m_views = std::make_unique<LockScreenViews>(*m_window);
+    checkForBattery();
+    m_views->placeContact(m_platform.displays.primaryPixelSize().width());
+    loadSettings();
+    m_preferences.applyDefaultHotKeyCharacter();
+    showChosenLockImage();
+    m_views->applyTextColours(m_preferences.textIsBlack != 0);
+    loadPassword();
+    m_lockActive = false;
+    m_lastTime = 0;
+}
+
+void AppDelegate::checkForBattery()
+{
+    if (m_platform.powerSources.firstBattery())
+        return;
+    // A desktop machine: the battery widget is turned off at every start, on disk too.
+    m_noBattery = true;
+    m_preferences.showBattery = false;
+    m_settingsStore.set(Keys::showBattery, false);
+}
+
+void AppDelegate::loadSettings()
+{
+    const SettingsSnapshot file = m_settingsStore.load();
+    m_preferences.loadFrom(file);
+    m_lockImageURL = file.stringValue(Keys::lockImageURL);
+}
+
+void AppDelegate::showChosenLockImage()
+{
+    if (m_preferences.lockImageType != LockImageChooser::customImageType) {
+        m_views->showLockImage(LockImageChooser::builtInImageName(m_preferences.lockImageType));
+        return;
+    }
+    // A custom picture that can no longer be read leaves the default image.
+    if (!m_lockImageURL)
+        return;
+    if (const auto image = LockImageChooser::loadCustomImage(*m_lockImageURL))
+        m_views->showLockImage(*image);
+}
+
+void AppDelegate::loadPassword()
+{
+    PasswordBuffer::load(PasswordFile::read(PasswordFile::pathIn(m_platform.libraryFolder)));
+    if (!PasswordBuffer::isAbsent())
+        return;
+    // No password yet: the hot key is reset to Command-Option-L and the user is asked for one.
+    m_preferences.applyFirstRunHotKey();
+    m_settingsStore.set(firstRunHotKeySettings());
+    m_setPassword->bringToFront();
+}

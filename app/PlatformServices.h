@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+class Clock;
+class Displays;
+class PowerSources;
+class Scheduler;
+
+// The services the program uses from the system, handed to AppDelegate so that tests can give it
+// fakes. The program passes the Linux implementations from platform/.
+struct PlatformServices
+{
+    Clock& clock;
+    Scheduler& scheduler;
+    PowerSources& powerSources;
+    Displays& displays;
+    QString libraryFolder;
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QFont>
+#include <QIcon>
+#include <QImage>
+#include <QRectF>
+#include <QString>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QWidget;
+class LockWindow;
+
+// The elements of the primary lock screen that start-up builds: the background, the clock, the
+// hidden password field, the lock image, the contact line, and the music, battery, mail, caps-lock
+// and do-not-disturb views that the widgets place and fill while locked.
+//
+// All are children of the lock window. Those that only the widgets show stay hidden until then.
+class LockScreenViews
+{
+public:
+    static constexpr const char* contactText = "If found please call";
+    static constexpr const char* capslockNotice = "Caps Lock Is On.";
+    static QFont lockScreenFont(int size);
+
+    explicit LockScreenViews(LockWindow& window);
+
+    // The contact line is centred on the primary display's width in pixels, 200 points above the
+    // bottom edge.
+    void placeContact(int primaryPixelWidth);
+    QRectF contactFrame() const { return m_contactFrame; }
+
+    void applyTextColours(bool textIsBlack);
+
+    void showLockImage(const QString& imageName);
+    void showLockImage(const QImage& image);
+    // The name of the built-in image shown, or an empty string for the user's own picture.
+    QString lockImageName() const { return m_lockImageName; }
+
+    QLabel* background() const { return m_background; }
+    QLabel* time() const { return m_time; }
+    QLineEdit* enterPassword() const { return m_enterPassword; }
+    QLabel* albumCover() const { return m_albumCover; }
+    QLabel* musicText() const { return m_musicText; }
+    QLabel* capslockText() const { return m_capslockText; }
+    QLabel* playPauseImage() const { return m_playPauseImage; }
+    QLabel* realPercentText() const { return m_realPercentText; }
+    QLabel* batteryIndicator() const { return m_batteryIndicator; }
+    QPushButton* doNotDisturb() const { return m_doNotDisturb; }
+    QLabel* mailImage() const { return m_mailImage; }
+    QLabel* contact() const { return m_contact; }
+    QLabel* lockImage() const { return m_lockImage; }
+
+private:
+    QLabel* makeImageView(const char* name);
+    QLabel* makeTextField(const char* name, int fontSize);
+
+    LockWindow& m_window;
+    QLabel* m_background = nullptr;
+    QLabel* m_time = nullptr;
+    QLineEdit* m_enterPassword = nullptr;
+    QLabel* m_albumCover = nullptr;
+    QLabel* m_musicText = nullptr;
+    QLabel* m_capslockText = nullptr;
+    QLabel* m_playPauseImage = nullptr;
+    QLabel* m_realPercentText = nullptr;
+    QLabel* m_batteryIndicator = nullptr;
+    QPushButton* m_doNotDisturb = nullptr;
+    QLabel* m_mailImage = nullptr;
+    QLabel* m_contact = nullptr;
+    QLabel* m_lockImage = nullptr;
+    QRectF m_contactFrame;
+    QString m_lockImageName;
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QWidget>
+
+// A window of the lock screen. Built at start-up and shown only while locked.
+//
+// Security: it bypasses the window manager (override-redirect) and stays on top, so that no
+// managed window, panel or window-manager shortcut can place anything above it; the lock session
+// adds the keyboard and pointer grabs.
+class LockWindow : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit LockWindow(QWidget* parent = nullptr);
+    // The view the lock screen's elements are placed in.
+    QWidget* contentView() { return this; }
+};

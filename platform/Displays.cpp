@@ -1,0 +1,18 @@
+#include "platform/Displays.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+QSize QtDisplays::primaryPixelSize() const
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return {};
+    return (QSizeF(screen->geometry().size()) * screen->devicePixelRatio()).toSize();
+}
+
+QRect QtDisplays::primaryGeometry() const
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->geometry() : QRect();
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QRect>
+#include <QSize>
+
+// The displays the lock screen covers.
+class Displays
+{
+public:
+    virtual ~Displays() = default;
+    // The primary display's size in device pixels (its current mode).
+    virtual QSize primaryPixelSize() const = 0;
+    // The primary display's geometry in device-independent pixels, origin top-left.
+    virtual QRect primaryGeometry() const = 0;
+};
+
+class QtDisplays final : public Displays
+{
+public:
+    QSize primaryPixelSize() const override;
+    QRect primaryGeometry() const override;
+};

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/Displays.h"
+#include "platform/PowerSources.h"
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <optional>
+
+// A fresh, empty Library folder for one test, removed afterwards.
+class TestLibrary
+{
+public:
+    TestLibrary();
+    QString folder() const { return m_dir.path(); }
+    QString propertiesPath() const { return folder() + QStringLiteral("/properties.plist"); }
+    QString passwordPath() const { return folder() + QStringLiteral("/settings.plist"); }
+
+    void writeFile(const QString& path, const QByteArray& bytes) const;
+    QByteArray readFile(const QString& path) const;
+
+    // Writes properties.plist as an XML dictionary of the given raw <key>/<value> body.
+    void writeProperties(const QString& body) const;
+
+    // The keys of properties.plist with each value as "type:value" (for example
+    // "boolean:true", "integer:5"); nothing when it is not a readable dictionary.
+    std::optional<QMap<QString, QString>> properties() const;
+
+private:
+    QTemporaryDir m_dir;
+};
+
+class FakePowerSources final : public PowerSources
+{
+public:
+    std::optional<BatteryReading> battery = BatteryReading{50, 100};
+    bool adapter = false;
+    std::optional<BatteryReading> firstBattery() const override { return battery; }
+    bool externalPowerConnected() const override { return adapter; }
+};
+
+class FakeDisplays final : public Displays
+{
+public:
+    QSize pixelSize{1920, 1080};
+    QRect geometry{0, 0, 1920, 1080};
+    QSize primaryPixelSize() const override { return pixelSize; }
+    QRect primaryGeometry() const override { return geometry; }
+};

@@ -1,0 +1,121 @@
+#include "TestLibrary.h"
+
+#include "settings/PropertyListFile.h"
+
+#include <plist/plist++.h>
+
+#include <QFileInfo>
+#include <QTest>
+
+#include <sys/stat.h>
+
+namespace {
+// A well-formed property list in the binary format, holding a dictionary.
+QByteArray binaryDictionary()
+{
+    PList::Dictionary dictionary;
+    dictionary.Set("showTime", PList::Boolean(true));
+    const std::vector<char> bytes = dictionary.ToBin();
+    return QByteArray(bytes.data(), qsizetype(bytes.size()));
+}
+} // namespace
+
+class TestPropertyListFile : public QObject
+{
+    Q_OBJECT
+private slots:
+    void readsAnXmlDictionary()
+    {
+        TestLibrary library;
+        library.writeProperties(
+            "<key>showTime</key><true/><key>timeoutTime</key><integer>5</integer>");
+        const auto dictionary = PropertyListFile::readDictionary(library.propertiesPath());
+        QVERIFY(dictionary);
+        QCOMPARE(dictionary->GetSize(), 2u);
+    }
+
+    void refusesWhatIsNotAnXmlDictionary_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("not xml") << QByteArray("showTime = yes\n");
+        QTest::newRow("truncated") << QByteArray(
+            "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>showTime</key><tr");
+        QTest::newRow("array root")
+            << QByteArray("<?xml version=\"1.0\"?><plist "
+                          "version=\"1.0\"><array><string>a</string></array></plist>");
+        QTest::newRow("string root") << QByteArray(
+            "<?xml version=\"1.0\"?><plist version=\"1.0\"><string>a</string></plist>");
+        QTest::newRow("binary") << binaryDictionary();
+        QTest::newRow("nul bytes") << QByteArray(64, '\0');
+    }
+    void refusesWhatIsNotAnXmlDictionary()
+    {
+        QFETCH(QByteArray, bytes);
+        TestLibrary library;
+        library.writeFile(library.propertiesPath(), bytes);
+        QVERIFY(!PropertyListFile::readDictionary(library.propertiesPath()));
+    }
+
+    void refusesAFileOverTheSizeLimitWithoutReadingIt()
+    {
+        TestLibrary library;
+        QByteArray big("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>a</key><string>");
+        big.append(QByteArray(PropertyListFile::maximumSize, 'x'));
+        big.append("</string></dict></plist>");
+        library.writeFile(library.propertiesPath(), big);
+        QVERIFY(!PropertyListFile::readDictionary(library.propertiesPath()));
+    }
+
+    void missingFileReadsAsNothing()
+    {
+        TestLibrary library;
+        QVERIFY(!PropertyListFile::readDictionary(library.propertiesPath()));
+        QVERIFY(!PropertyListFile::readArray(library.passwordPath()));
+    }
+
+    void writeReplacesTheFileAndSetsItsMode()
+    {
+        TestLibrary library;
+        library.writeFile(library.passwordPath(), "old");
+        PList::Array array;
+        array.Append(new PList::String("a"));
+        QVERIFY(PropertyListFile::writeAtomically(library.passwordPath(), array, 0600));
+        const auto back = PropertyListFile::readArray(library.passwordPath());
+        QVERIFY(back);
+        QCOMPARE(back->GetSize(), 1u);
+        struct stat info
+        {
+        };
+        QCOMPARE(::stat(QFile::encodeName(library.passwordPath()).constData(), &info), 0);
+        QCOMPARE(info.st_mode & 0777, mode_t(0600));
+        // No temporary file is left beside it.
+        QCOMPARE(QDir(library.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    void writeIntoAMissingFolderFailsAndCreatesNothing()
+    {
+        TestLibrary library;
+        const QString path = library.folder() + QStringLiteral("/missing/properties.plist");
+        PList::Dictionary dictionary;
+        QVERIFY(!PropertyListFile::writeAtomically(path, dictionary, 0644));
+        QVERIFY(!QFileInfo::exists(library.folder() + QStringLiteral("/missing")));
+    }
+
+    void writeIntoAReadOnlyFolderLeavesTheOldFile()
+    {
+        if (::geteuid() == 0)
+            QSKIP("root writes into read-only folders");
+        TestLibrary library;
+        library.writeFile(library.propertiesPath(), "old bytes");
+        QFile::setPermissions(library.folder(), QFile::ReadOwner | QFile::ExeOwner);
+        PList::Dictionary dictionary;
+        QVERIFY(!PropertyListFile::writeAtomically(library.propertiesPath(), dictionary, 0644));
+        QFile::setPermissions(library.folder(),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(library.readFile(library.propertiesPath()), QByteArray("old bytes"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPropertyListFile)
+#include "test_property_list_file.moc"
