@@ -1,0 +1,56 @@
+# First start in a fresh profile: the tray icon, the options file and the password window; then a
+# second start with both files present, which shows nothing but the icon.
+set -u
+source "$TESTS_DIR/rig/desktop.sh"
+desktop_start
+fake_power_supply
+library=$XDG_CONFIG_HOME/tessarine
+
+start_tessarine
+wait_until 5 tray_icon_embedded || fail "the tray icon was not embedded within 5 s"
+wait_until 5 test -f "$library/properties.plist" || fail "no properties.plist"
+[ "$(stat -c %a "$library")" = 700 ] || fail "the Library folder is not private"
+
+expected="shortcutKey=integer:37
+shortcutModifier1=integer:0
+shortcutModifier2=integer:256
+shortcutModifier3=integer:2048
+shortcutString=string:L
+showBattery=boolean:true
+showDoNotDisturb=boolean:true
+showMusic=boolean:true
+showShutDown=boolean:true
+showTime=boolean:true
+timeout=boolean:true
+timeoutTime=integer:5
+useShortcut=boolean:true"
+actual=$("$PLIST_KEYS" "$library/properties.plist") || fail "properties.plist is not a dictionary"
+[ "$actual" = "$expected" ] || fail "properties.plist holds:
+$actual"
+[ ! -e "$library/settings.plist" ] || fail "settings.plist exists before a password was set"
+
+wait_until 5 xdotool search --onlyvisible --name '^Welcome to Tessarine$' >/dev/null ||
+    fail "the first-password window is not mapped"
+window=$(xdotool search --onlyvisible --name '^Welcome to Tessarine$' | head -n1)
+[ "$(xdotool getwindowpid "$window")" = "$TESSARINE_PID" ] || fail "the window is not ours"
+[ "$(xdotool getactivewindow)" = "$window" ] || fail "the first-password window is not in front"
+stop_tessarine
+
+# A password file and the options file: the second start shows no window.
+cat >"$library/settings.plist" <<'PLIST'
+<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0">
+<array>
+	<string>a</string>
+</array>
+</plist>
+PLIST
+before=$(sha256sum <"$library/properties.plist")
+start_tessarine
+wait_until 5 tray_icon_embedded || fail "the tray icon was not embedded on the second start"
+sleep 1
+shown=$(visible_windows_outside_tray)
+[ -z "$shown" ] || fail "the second start mapped windows: $shown"
+[ "$(sha256sum <"$library/properties.plist")" = "$before" ] || fail "the second start rewrote the options"
+kill -0 "$TESSARINE_PID" || fail "tessarine exited"
+echo "PASS"

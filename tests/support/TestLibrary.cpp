@@ -33,9 +33,9 @@ void TestLibrary::writeProperties(const QString& body) const
                                     body.toUtf8() + QByteArray("\n</dict>\n</plist>\n"));
 }
 
-std::optional<QMap<QString, QString>> TestLibrary::properties() const
+std::optional<QMap<QString, QString>> describeProperties(const QString& path)
 {
-    const auto dictionary = PropertyListFile::readDictionary(propertiesPath());
+    const auto dictionary = PropertyListFile::readDictionary(path);
     if (!dictionary)
         return std::nullopt;
     QMap<QString, QString> result;

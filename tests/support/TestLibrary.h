@@ -11,6 +11,10 @@
 
 #include <optional>
 
+// The keys of an options file with each value as "type:value" (for example "boolean:true",
+// "integer:5"); nothing when it is not a readable dictionary.
+std::optional<QMap<QString, QString>> describeProperties(const QString& path);
+
 // A fresh, empty Library folder for one test, removed afterwards.
 class TestLibrary
 {
@@ -26,9 +30,10 @@ public:
     // Writes properties.plist as an XML dictionary of the given raw <key>/<value> body.
     void writeProperties(const QString& body) const;
 
-    // The keys of properties.plist with each value as "type:value" (for example
-    // "boolean:true", "integer:5"); nothing when it is not a readable dictionary.
-    std::optional<QMap<QString, QString>> properties() const;
+    std::optional<QMap<QString, QString>> properties() const
+    {
+        return describeProperties(propertiesPath());
+    }
 
 private:
     QTemporaryDir m_dir;

@@ -1,0 +1,53 @@
+# make run   installs what is missing, builds, and starts Tessarine (a demo when there is no display)
+# make test  installs what is missing, checks formatting, builds with warnings as errors, and runs
+#            every test twice: once plainly and once under AddressSanitizer and UBSan
+# make bench runs the benchmarks under bench/ and prints their report
+
+BUILD      := build
+ASAN_BUILD := build-asan
+JOBS       ?= $(shell nproc)
+CMAKE_ARGS := -G Ninja -DTESSARINE_WERROR=ON
+SOURCES     = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null || find app settings input triggers lockscreen ui platform tests bench -name '*.cpp' -o -name '*.h')
+
+.PHONY: all deps configure build run demo test test-plain test-asan format format-check bench clean
+
+all: build
+
+deps:
+	@tools/install-deps.sh
+
+configure: deps
+	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+
+build: configure
+	@cmake --build $(BUILD) -j $(JOBS)
+
+run: build
+	@if [ -n "$$DISPLAY" ]; then exec $(BUILD)/tessarine; else tools/demo.sh $(BUILD); fi
+
+demo: build
+	@tools/demo.sh $(BUILD)
+
+format:
+	@clang-format -i $(SOURCES)
+
+format-check: deps
+	@clang-format --dry-run --Werror $(SOURCES)
+	@echo "formatting: clean"
+
+test: format-check test-plain test-asan
+
+test-plain: build
+	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+test-asan: deps
+	@cmake -S . -B $(ASAN_BUILD) $(CMAKE_ARGS) -DCMAKE_BUILD_TYPE=Debug -DTESSARINE_SANITIZE=ON >/dev/null
+	@cmake --build $(ASAN_BUILD) -j $(JOBS)
+	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+		UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+
+bench: build
+	@bench/run.sh $(BUILD)
+
+clean:
+	rm -rf $(BUILD) $(ASAN_BUILD)

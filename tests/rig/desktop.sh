@@ -1,0 +1,121 @@
+# A private headless desktop for end-to-end tests, the demo and the benchmarks: Xvfb, openbox, a
+# system tray (trayer) and a session bus of its own, with fresh HOME and XDG folders. Source this
+# file, call desktop_start, and desktop_stop (or let the EXIT trap do it).
+#
+# Every process is started here and ended here by its own id; nothing else on the machine is
+# touched.
+
+RIG_PIDS=()
+
+desktop_start() {
+    local size=${1:-1280x800}
+    RIG_DIR=$(mktemp -d "${TMPDIR:-/tmp}/tessarine-rig.XXXXXX")
+    mkdir -p "$RIG_DIR/home" "$RIG_DIR/config" "$RIG_DIR/data" "$RIG_DIR/cache" "$RIG_DIR/runtime"
+    chmod 700 "$RIG_DIR/runtime"
+    export HOME=$RIG_DIR/home XDG_CONFIG_HOME=$RIG_DIR/config XDG_DATA_HOME=$RIG_DIR/data
+    export XDG_CACHE_HOME=$RIG_DIR/cache XDG_RUNTIME_DIR=$RIG_DIR/runtime
+    unset SESSION_MANAGER DESKTOP_STARTUP_ID
+    trap desktop_stop EXIT
+
+    # -displayfd picks a free display number, so several rigs can run side by side.
+    Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp 3>"$RIG_DIR/display" \
+        >"$RIG_DIR/xvfb.log" 2>&1 &
+    RIG_PIDS+=($!)
+    wait_until 10 test -s "$RIG_DIR/display" || { echo "Xvfb did not start" >&2; return 1; }
+    export DISPLAY=:$(head -n1 "$RIG_DIR/display")
+    wait_until 10 xdpyinfo >/dev/null 2>&1 || { echo "display $DISPLAY not ready" >&2; return 1; }
+
+    # A bus of its own, or Qt would start one that outlives the test.
+    local bus
+    bus=$(dbus-daemon --session --fork --print-address=1 --print-pid=1)
+    export DBUS_SESSION_BUS_ADDRESS=$(sed -n 1p <<<"$bus")
+    RIG_PIDS+=($(sed -n 2p <<<"$bus"))
+
+    openbox >"$RIG_DIR/openbox.log" 2>&1 &
+    RIG_PIDS+=($!)
+    trayer --edge top --align right --widthtype request --height 32 --SetDockType true \
+        >"$RIG_DIR/trayer.log" 2>&1 &
+    RIG_PIDS+=($!)
+    wait_until 10 xdotool search --class trayer >/dev/null || { echo "no tray" >&2; return 1; }
+}
+
+desktop_stop() {
+    stop_tessarine
+    local pid
+    # Safe under set -e: a process that has ended already is not an error here.
+    for pid in "${RIG_PIDS[@]}"; do
+        kill "$pid" 2>/dev/null || true
+    done
+    for pid in "${RIG_PIDS[@]}"; do
+        wait "$pid" 2>/dev/null || true
+    done
+    RIG_PIDS=()
+    [ -n "${RIG_KEEP:-}" ] || rm -rf "$RIG_DIR"
+}
+
+# wait_until SECONDS COMMAND...: runs COMMAND every 20 ms until it succeeds or time runs out.
+wait_until() {
+    local limit=$1
+    shift
+    local deadline=$((SECONDS + limit))
+    while ((SECONDS <= deadline)); do
+        "$@" && return 0
+        sleep 0.02
+    done
+    return 1
+}
+
+start_tessarine() {
+    "$TESSARINE" "$@" >>"$RIG_DIR/tessarine.log" 2>&1 &
+    TESSARINE_PID=$!
+}
+
+stop_tessarine() {
+    if [ -n "${TESSARINE_PID:-}" ]; then
+        kill "$TESSARINE_PID" 2>/dev/null || true
+        wait "$TESSARINE_PID" 2>/dev/null || true
+        TESSARINE_PID=
+    fi
+}
+
+# The tray icon windows of Tessarine that trayer has embedded.
+tray_icon_windows() {
+    local tray
+    for tray in $(xdotool search --class trayer 2>/dev/null); do
+        xwininfo -tree -id "$tray" 2>/dev/null | awk '/\("tessarine" "tessarine"\)/ {print $1}'
+    done
+}
+
+tray_icon_embedded() {
+    [ -n "$(tray_icon_windows)" ]
+}
+
+# Tessarine's viewable windows other than its tray icon, one id a line.
+visible_windows_outside_tray() {
+    local icons window
+    icons=$(tray_icon_windows | xargs -r printf '%d\n')
+    for window in $(xdotool search --onlyvisible --class tessarine 2>/dev/null); do
+        grep -qx "$window" <<<"$icons" || echo "$window"
+    done
+}
+
+# A battery the lock screen can show, in a sysfs tree of the rig's own.
+fake_power_supply() {
+    local root=$RIG_DIR/power_supply
+    mkdir -p "$root/BAT0" "$root/AC"
+    echo Battery >"$root/BAT0/type"
+    echo 41000000 >"$root/BAT0/energy_now"
+    echo 50000000 >"$root/BAT0/energy_full"
+    echo Mains >"$root/AC/type"
+    echo 1 >"$root/AC/online"
+    export TESSARINE_POWER_SUPPLY_DIR=$root
+}
+
+fail() {
+    echo "FAIL: $*" >&2
+    if [ -f "$RIG_DIR/tessarine.log" ]; then
+        echo "--- tessarine's log" >&2
+        cat "$RIG_DIR/tessarine.log" >&2
+    fi
+    exit 1
+}
