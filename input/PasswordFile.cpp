@@ -16,9 +16,7 @@ std::optional<QStringList> PasswordFile::read(const QString& path)
     auto array = PropertyListFile::readArray(path);
     if (!array)
         return std::nullopt;
-    // libplist++ 2.2 leaves the children of a parsed array out of its wrapper, so the entries
-    // are read through the C interface of the same node.
-    const plist_t node = array->GetPlist();
+    const plist_t node = array.get();
     const uint32_t size = plist_array_get_size(node);
     QStringList entries;
     entries.reserve(static_cast<qsizetype>(size));

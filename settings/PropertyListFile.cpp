@@ -46,7 +46,7 @@ void syncFolder(const QString& folder)
 
 } // namespace
 
-std::unique_ptr<PList::Structure> PropertyListFile::readStructure(const QString& path)
+plist_t PropertyListFile::readRoot(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -56,24 +56,30 @@ std::unique_ptr<PList::Structure> PropertyListFile::readStructure(const QString&
     const QByteArray bytes = file.read(maximumSize + 1);
     if (bytes.size() > maximumSize || !looksLikeXml(bytes))
         return nullptr;
-    return std::unique_ptr<PList::Structure>(
-        PList::Structure::FromXml(std::string(bytes.constData(), size_t(bytes.size()))));
+    plist_t root = nullptr;
+    plist_from_xml(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
+    return root;
 }
 
 std::unique_ptr<PList::Dictionary> PropertyListFile::readDictionary(const QString& path)
 {
-    auto root = readStructure(path);
-    if (!root || root->GetType() != PLIST_DICT)
+    plist_t root = readRoot(path);
+    if (!root)
         return nullptr;
-    return std::unique_ptr<PList::Dictionary>(static_cast<PList::Dictionary*>(root.release()));
+    if (plist_get_node_type(root) != PLIST_DICT) {
+        plist_free(root);
+        return nullptr;
+    }
+    // The wrapper owns the node from here on.
+    return std::make_unique<PList::Dictionary>(root);
 }
 
-std::unique_ptr<PList::Array> PropertyListFile::readArray(const QString& path)
+PropertyListFile::ArrayNode PropertyListFile::readArray(const QString& path)
 {
-    auto root = readStructure(path);
-    if (!root || root->GetType() != PLIST_ARRAY)
+    ArrayNode root(readRoot(path));
+    if (!root || plist_get_node_type(root.get()) != PLIST_ARRAY)
         return nullptr;
-    return std::unique_ptr<PList::Array>(static_cast<PList::Array*>(root.release()));
+    return root;
 }
 
 bool PropertyListFile::writeAtomically(const QString& path, const PList::Structure& root,

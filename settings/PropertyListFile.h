@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <memory>
+#include <plist/plist.h>
 #include <sys/types.h>
 
 namespace PList {
@@ -19,12 +20,20 @@ class Structure;
 class PropertyListFile
 {
 public:
+    struct NodeDeleter
+    {
+        void operator()(plist_t node) const { plist_free(node); }
+    };
+    using ArrayNode = std::unique_ptr<std::remove_pointer_t<plist_t>, NodeDeleter>;
+
     // Property lists of this program are a few kilobytes; anything above this is not ours and is
     // refused before it is parsed.
     static constexpr qint64 maximumSize = 4 * 1024 * 1024;
 
     static std::unique_ptr<PList::Dictionary> readDictionary(const QString& path);
-    static std::unique_ptr<PList::Array> readArray(const QString& path);
+    // Arrays come back as libplist nodes: the C++ wrapper of libplist 2.2 loses the elements of
+    // an array it did not build itself (and leaks their wrappers).
+    static ArrayNode readArray(const QString& path);
 
     // Temporary file in the same folder, fsync, rename, fsync of the folder: a crash at any moment
     // leaves either the old or the new file, never a partial one. Returns false on any failure,
@@ -32,5 +41,5 @@ public:
     static bool writeAtomically(const QString& path, const PList::Structure& root, mode_t mode);
 
 private:
-    static std::unique_ptr<PList::Structure> readStructure(const QString& path);
+    static plist_t readRoot(const QString& path);
 };

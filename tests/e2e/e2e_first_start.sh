@@ -33,7 +33,8 @@ wait_until 5 xdotool search --onlyvisible --name '^Welcome to Tessarine$' >/dev/
     fail "the first-password window is not mapped"
 window=$(xdotool search --onlyvisible --name '^Welcome to Tessarine$' | head -n1)
 [ "$(xdotool getwindowpid "$window")" = "$TESSARINE_PID" ] || fail "the window is not ours"
-[ "$(xdotool getactivewindow)" = "$window" ] || fail "the first-password window is not in front"
+is_active() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$1" ]; }
+wait_until 5 is_active "$window" || fail "the first-password window is not in front"
 stop_tessarine
 
 # A password file and the options file: the second start shows no window.

@@ -83,7 +83,7 @@ private slots:
         QVERIFY(PropertyListFile::writeAtomically(library.passwordPath(), array, 0600));
         const auto back = PropertyListFile::readArray(library.passwordPath());
         QVERIFY(back);
-        QCOMPARE(back->GetSize(), 1u);
+        QCOMPARE(plist_array_get_size(back.get()), 1u);
         struct stat info
         {
         };
