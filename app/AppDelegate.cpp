@@ -15,6 +15,9 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
       m_window(std::make_unique<LockWindow>()),
       m_setPassword(std::make_unique<FirstPasswordWindow>())
 {
+    // The lock window covers the primary display; elements placed from its bottom edge need its
+    // size before they are placed.
+    m_window->setGeometry(m_platform.displays.primaryGeometry());
 }
 
 AppDelegate::~AppDelegate() = default;

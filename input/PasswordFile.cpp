@@ -35,7 +35,10 @@ std::optional<QStringList> PasswordFile::read(const QString& path)
 bool PasswordFile::write(const QString& path, const QStringList& entries)
 {
     PList::Array array;
-    for (const QString& entry : entries)
-        array.Append(new PList::String(entry.toStdString()));
+    for (const QString& entry : entries) {
+        // Append copies the node it is given.
+        PList::String node(entry.toStdString());
+        array.Append(&node);
+    }
     return PropertyListFile::writeAtomically(path, array, fileMode);
 }

@@ -90,6 +90,19 @@ LockScreenViews::LockScreenViews(LockWindow& window) : m_window(window)
     m_lockImage->setGraphicsEffect(makeShadow(m_lockImage, 0.6, 20, 10));
     m_lockImage->show();
     showLockImage(LockImageChooser::defaultImageName());
+
+    m_resizeConnection =
+        QObject::connect(&window, &LockWindow::resized, &window, [this] { placeFromBottomEdge(); });
+}
+
+LockScreenViews::~LockScreenViews()
+{
+    QObject::disconnect(m_resizeConnection);
+}
+
+void LockScreenViews::placeFromBottomEdge()
+{
+    m_contact->setGeometry(BottomLeftFrame::toWidgetGeometry(m_contactFrame, m_window.height()));
 }
 
 QLabel* LockScreenViews::makeImageView(const char* name)
@@ -119,7 +132,7 @@ void LockScreenViews::placeContact(int primaryPixelWidth)
     const int textWidth = static_cast<int>(metrics.horizontalAdvance(text));
     const double x = primaryPixelWidth * 0.5 - (textWidth / 2);
     m_contactFrame = QRectF(x, 200, 400, metrics.height());
-    m_contact->setGeometry(BottomLeftFrame::toWidgetGeometry(m_contactFrame, m_window.height()));
+    placeFromBottomEdge();
 }
 
 void LockScreenViews::applyTextColours(bool textIsBlack)
@@ -142,9 +155,11 @@ void LockScreenViews::applyTextColours(bool textIsBlack)
 
 void LockScreenViews::showLockImage(const QString& imageName)
 {
-    const QIcon icon = ImageLibrary::named(imageName);
-    const QSize size = m_lockImage->size().isEmpty() ? QSize(256, 256) : m_lockImage->size();
-    m_lockImage->setPixmap(icon.pixmap(size));
+    // Drawn large once: the view scales it down to its frame, and a vector image drawn at this
+    // size stays sharp at any frame the layout gives it.
+    constexpr int renderedSize = 512;
+    m_lockImage->setPixmap(
+        ImageLibrary::named(imageName).pixmap(QSize(renderedSize, renderedSize)));
     m_lockImageName = imageName;
 }
 

@@ -3,6 +3,7 @@
 #include <QFont>
 #include <QIcon>
 #include <QImage>
+#include <QMetaObject>
 #include <QRectF>
 #include <QString>
 
@@ -25,6 +26,9 @@ public:
     static QFont lockScreenFont(int size);
 
     explicit LockScreenViews(LockWindow& window);
+    ~LockScreenViews();
+    LockScreenViews(const LockScreenViews&) = delete;
+    LockScreenViews& operator=(const LockScreenViews&) = delete;
 
     // The contact line is centred on the primary display's width in pixels, 200 points above the
     // bottom edge.
@@ -55,6 +59,7 @@ public:
 private:
     QLabel* makeImageView(const char* name);
     QLabel* makeTextField(const char* name, int fontSize);
+    void placeFromBottomEdge();
 
     LockWindow& m_window;
     QLabel* m_background = nullptr;
@@ -71,5 +76,6 @@ private:
     QLabel* m_contact = nullptr;
     QLabel* m_lockImage = nullptr;
     QRectF m_contactFrame;
+    QMetaObject::Connection m_resizeConnection;
     QString m_lockImageName;
 };

@@ -1,5 +1,7 @@
 #include "lockscreen/LockWindow.h"
 
+#include <QResizeEvent>
+
 LockWindow::LockWindow(QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint |
                           Qt::WindowStaysOnTopHint)
@@ -10,4 +12,10 @@ LockWindow::LockWindow(QWidget* parent)
     QPalette background = palette();
     background.setColor(QPalette::Window, Qt::black);
     setPalette(background);
+}
+
+void LockWindow::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    emit resized();
 }

@@ -14,4 +14,11 @@ public:
     explicit LockWindow(QWidget* parent = nullptr);
     // The view the lock screen's elements are placed in.
     QWidget* contentView() { return this; }
+
+signals:
+    // Elements placed from the bottom edge follow it when the window changes size.
+    void resized();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 };

@@ -42,6 +42,9 @@ std::optional<BatteryReading> SysfsPowerSources::firstBattery() const
         const QString device = dir.filePath(name);
         if (readAttribute(device, "type") != QLatin1String("Battery"))
             continue;
+        // The battery of a wireless mouse or keyboard is not the machine's.
+        if (readAttribute(device, "scope") == QLatin1String("Device"))
+            continue;
         // Only the first battery counts; one that cannot be read means no usable battery.
         auto now = readNumber(device, "energy_now");
         auto full = readNumber(device, "energy_full");

@@ -17,7 +17,8 @@ bool looksLikeXml(const QByteArray& bytes)
 {
     const QByteArray start = bytes.left(64).trimmed();
     return start.startsWith("<?xml") || start.startsWith("<!DOCTYPE") ||
-           start.startsWith("<plist") || start.startsWith("\xEF\xBB\xBF<");
+           start.startsWith("<plist") || start.startsWith("<!--") ||
+           start.startsWith("\xEF\xBB\xBF<");
 }
 
 bool writeAll(int fd, const std::string& data)

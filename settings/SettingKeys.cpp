@@ -2,12 +2,18 @@
 
 std::vector<SettingAssignment> firstRunSettings()
 {
-    return {
-        {&Keys::showMusic, true},   {&Keys::showTime, true},
-        {&Keys::showBattery, true}, {&Keys::showDoNotDisturb, true},
-        {&Keys::useShortcut, true}, {&Keys::showShutDown, true},
-        {&Keys::timeout, true},     {&Keys::timeoutTime, qint64(5)},
-    };
+    std::vector<SettingAssignment> settings;
+    for (const SettingKey* key : allSettingKeys) {
+        if (!key->writtenOnFirstRun)
+            continue;
+        settings.emplace_back();
+        settings.back().key = key;
+        if (key->type == SettingType::Boolean)
+            settings.back().value = key->firstRunValue != 0;
+        else
+            settings.back().value = qint64(key->firstRunValue);
+    }
+    return settings;
 }
 
 std::vector<SettingAssignment> firstRunHotKeySettings()

@@ -8,9 +8,10 @@
 #include <variant>
 #include <vector>
 
-// Every key of properties.plist, declared once, with the type it is written as. Readers accept a
-// number of any type for any key (see SettingsSnapshot); the type here decides only how a value
-// is written.
+// Every key of properties.plist, declared once: its name, the type it is written as, and the
+// value written on the first start (only eight keys have one). A key that is missing reads as 0,
+// false or absent, whatever its type (see SettingsSnapshot, which also accepts a number of any
+// type for any key); the type here decides only how a value is written.
 enum class SettingType
 {
     Boolean,
@@ -24,19 +25,21 @@ struct SettingKey
 {
     const char* name;
     SettingType type;
+    bool writtenOnFirstRun = false;
+    int firstRunValue = 0; // a boolean key's value as 0 or 1
 };
 
 namespace Keys {
-inline constexpr SettingKey showMusic{"showMusic", SettingType::Boolean};
-inline constexpr SettingKey showTime{"showTime", SettingType::Boolean};
-inline constexpr SettingKey showBattery{"showBattery", SettingType::Boolean};
-inline constexpr SettingKey showDoNotDisturb{"showDoNotDisturb", SettingType::Boolean};
-inline constexpr SettingKey useShortcut{"useShortcut", SettingType::Boolean};
+inline constexpr SettingKey showMusic{"showMusic", SettingType::Boolean, true, 1};
+inline constexpr SettingKey showTime{"showTime", SettingType::Boolean, true, 1};
+inline constexpr SettingKey showBattery{"showBattery", SettingType::Boolean, true, 1};
+inline constexpr SettingKey showDoNotDisturb{"showDoNotDisturb", SettingType::Boolean, true, 1};
+inline constexpr SettingKey useShortcut{"useShortcut", SettingType::Boolean, true, 1};
 // Governs the unread-mail badge, not a shut-down control; the name is kept so that existing
 // preference files keep working.
-inline constexpr SettingKey showShutDown{"showShutDown", SettingType::Boolean};
-inline constexpr SettingKey timeout{"timeout", SettingType::Boolean};
-inline constexpr SettingKey timeoutTime{"timeoutTime", SettingType::Integer};
+inline constexpr SettingKey showShutDown{"showShutDown", SettingType::Boolean, true, 1};
+inline constexpr SettingKey timeout{"timeout", SettingType::Boolean, true, 1};
+inline constexpr SettingKey timeoutTime{"timeoutTime", SettingType::Integer, true, 5};
 inline constexpr SettingKey dim{"dim", SettingType::Boolean};
 // Spelt without the final "s" on purpose: existing files use this spelling.
 inline constexpr SettingKey lockBrightnes{"lockBrightnes", SettingType::Real};
@@ -111,7 +114,7 @@ struct SettingAssignment
     SettingValue value;
 };
 
-// The dictionary written when properties.plist does not exist: exactly these eight keys.
+// The dictionary written when properties.plist does not exist: the keys marked above.
 std::vector<SettingAssignment> firstRunSettings();
 
 // The hot-key keys written when no password file exists (Command-Option-L).

@@ -6,9 +6,11 @@ desktop_start
 fake_power_supply
 library=$XDG_CONFIG_HOME/tessarine
 
+# Everything below must be true within 5 s of the start.
+deadline=$(($(now_us) + 5000000))
 start_tessarine
-wait_until 5 tray_icon_embedded || fail "the tray icon was not embedded within 5 s"
-wait_until 5 test -f "$library/properties.plist" || fail "no properties.plist"
+wait_until_deadline $deadline tray_icon_embedded || fail "the tray icon was not embedded within 5 s"
+wait_until_deadline $deadline test -f "$library/properties.plist" || fail "no properties.plist"
 [ "$(stat -c %a "$library")" = 700 ] || fail "the Library folder is not private"
 
 expected="shortcutKey=integer:37
@@ -29,12 +31,12 @@ actual=$("$PLIST_KEYS" "$library/properties.plist") || fail "properties.plist is
 $actual"
 [ ! -e "$library/settings.plist" ] || fail "settings.plist exists before a password was set"
 
-wait_until 5 xdotool search --onlyvisible --name '^Welcome to Tessarine$' >/dev/null ||
+wait_until_deadline $deadline xdotool search --onlyvisible --name '^Welcome to Tessarine$' >/dev/null ||
     fail "the first-password window is not mapped"
 window=$(xdotool search --onlyvisible --name '^Welcome to Tessarine$' | head -n1)
 [ "$(xdotool getwindowpid "$window")" = "$TESSARINE_PID" ] || fail "the window is not ours"
 is_active() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$1" ]; }
-wait_until 5 is_active "$window" || fail "the first-password window is not in front"
+wait_until_deadline $deadline is_active "$window" || fail "the first-password window is not in front"
 stop_tessarine
 
 # A password file and the options file: the second start shows no window.

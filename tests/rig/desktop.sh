@@ -53,16 +53,25 @@ desktop_stop() {
     [ -n "${RIG_KEEP:-}" ] || rm -rf "$RIG_DIR"
 }
 
+# Microseconds since the epoch.
+now_us() {
+    echo $((${EPOCHREALTIME/./}))
+}
+
 # wait_until SECONDS COMMAND...: runs COMMAND every 20 ms until it succeeds or time runs out.
 wait_until() {
-    local limit=$1
+    wait_until_deadline $(($(now_us) + $1 * 1000000)) "${@:2}"
+}
+
+# wait_until_deadline MICROSECONDS COMMAND...: the same, until a moment from now_us.
+wait_until_deadline() {
+    local deadline=$1
     shift
-    local deadline=$((SECONDS + limit))
-    while ((SECONDS <= deadline)); do
+    while true; do
         "$@" && return 0
+        (($(now_us) < deadline)) || return 1
         sleep 0.02
     done
-    return 1
 }
 
 start_tessarine() {

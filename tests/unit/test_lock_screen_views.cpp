@@ -22,8 +22,11 @@ private slots:
         const QFontMetricsF metrics(LockScreenViews::lockScreenFont(15));
         const int textWidth = int(metrics.horizontalAdvance("If found please call"));
         QCOMPARE(views.contactFrame(), QRectF(1280 - textWidth / 2, 200, 400, metrics.height()));
-        // 200 points above the bottom edge.
+        // 200 points above the bottom edge, whatever size the window takes later.
         QCOMPARE(views.contact()->geometry().bottom() + 1, 800 - 200);
+        window.resize(1920, 1080);
+        window.show(); // a hidden window hears of its new size when it is shown
+        QCOMPARE(views.contact()->geometry().bottom() + 1, 1080 - 200);
         QCOMPARE(views.contact()->text(), QString("If found please call"));
     }
 
@@ -36,7 +39,9 @@ private slots:
         QCOMPARE(views.musicText()->font().pixelSize(), 15);
         QCOMPARE(views.realPercentText()->font().pixelSize(), 8);
         QCOMPARE(views.realPercentText()->alignment(), Qt::AlignCenter);
+        // Asked for by name, with the sans-serif face wherever that font is not installed.
         QCOMPARE(views.contact()->font().family(), QString("Lucida Grande"));
+        QCOMPARE(views.contact()->font().styleHint(), QFont::SansSerif);
         QCOMPARE(views.contact()->textInteractionFlags(), Qt::NoTextInteraction);
     }
 

@@ -58,6 +58,17 @@ private slots:
         QVERIFY(!sources.externalPowerConnected());
     }
 
+    void aPeripheralsBatteryIsNotTheMachines()
+    {
+        QTemporaryDir root;
+        writeAttribute(root.path(), "hidpp_battery_0", "type", "Battery");
+        writeAttribute(root.path(), "hidpp_battery_0", "scope", "Device");
+        writeAttribute(root.path(), "hidpp_battery_0", "energy_now", "1");
+        writeAttribute(root.path(), "hidpp_battery_0", "energy_full", "2");
+        SysfsPowerSources sources(root.path());
+        QVERIFY(!sources.firstBattery());
+    }
+
     void aBatteryThatCannotBeReadCountsAsNone()
     {
         QTemporaryDir root;

@@ -79,7 +79,8 @@ private slots:
         TestLibrary library;
         library.writeFile(library.passwordPath(), "old");
         PList::Array array;
-        array.Append(new PList::String("a"));
+        PList::String entry("a");
+        array.Append(&entry);
         QVERIFY(PropertyListFile::writeAtomically(library.passwordPath(), array, 0600));
         const auto back = PropertyListFile::readArray(library.passwordPath());
         QVERIFY(back);

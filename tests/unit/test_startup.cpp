@@ -9,6 +9,8 @@
 #include "ui/FirstPasswordWindow.h"
 #include "ui/StatusItem.h"
 
+#include <plist/plist++.h>
+
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
@@ -71,8 +73,14 @@ private slots:
         QCOMPARE(p.hotKeyModifierSum(), 256 + 2048);
         QVERIFY(PasswordBuffer::isAbsent());
         QVERIFY(!start.delegate->isLockActive());
-        // No timer is armed by a plain start.
-        QCOMPARE(start.scheduler.pendingCount(), std::size_t(0));
+    }
+
+    void theContactLineSitsAboveThePrimaryDisplaysBottomEdge()
+    {
+        TestLibrary library;
+        Start start(library.folder());
+        QCOMPARE(start.delegate->window()->geometry(), QRect(0, 0, 1920, 1080));
+        QCOMPARE(start.delegate->views()->contact()->geometry().bottom() + 1, 1080 - 200);
     }
 
     void theTrayIconHasItsToolTip()
@@ -234,7 +242,7 @@ private slots:
         PasswordFile::write(library.passwordPath(), {"x"});
         Start start(library.folder());
         QCOMPARE(start.delegate->views()->lockImageName(), image);
-        QVERIFY(!start.delegate->views()->lockImage()->pixmap().isNull());
+        QVERIFY(start.delegate->views()->lockImage()->pixmap().width() >= 512);
     }
 
     void aCustomLockImageIsShown()
@@ -282,6 +290,14 @@ private slots:
         QTest::newRow("truncated")
             << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>dim</key>");
         QTest::newRow("empty") << QByteArray();
+        PList::Dictionary binary;
+        binary.Set("showTime", PList::Boolean(true));
+        const std::vector<char> bytes = binary.ToBin();
+        QTest::newRow("binary") << QByteArray(bytes.data(), qsizetype(bytes.size()));
+        QByteArray huge("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>a</key><string>");
+        huge.append(QByteArray(100 * 1024 * 1024, 'x'));
+        huge.append("</string></dict></plist>\n");
+        QTest::newRow("100 MB") << huge;
     }
     void anUnreadableOptionsFileSurvivesAStartByteForByte()
     {
@@ -296,6 +312,35 @@ private slots:
         QCOMPARE(p.useShortcut, true);
         QCOMPARE(p.hotKeyModifierSum(), 2304);
         QVERIFY(start.delegate->setPassword()->isVisible());
+    }
+
+    void valuesOfTheWrongTypeAreKeptThroughAStart()
+    {
+        TestLibrary library;
+        library.writeProperties("<key>showTime</key><string>yes</string>"
+                                "<key>timeoutTime</key><array><integer>3</integer></array>"
+                                "<key>shortcutString</key><integer>7</integer>");
+        Start start(library.folder(), false); // a desktop: start-up writes showBattery
+        const auto keys = *library.properties();
+        QCOMPARE(keys.value("showBattery"), QString("boolean:false"));
+        QCOMPARE(keys.value("showTime"), QString("string:yes"));
+        QCOMPARE(keys.value("timeoutTime"), QString("other"));
+        QVERIFY(library.readFile(library.propertiesPath()).contains("<integer>3</integer>"));
+        const Preferences& p = start.delegate->preferences();
+        QCOMPARE(p.showTime, true);
+        QCOMPARE(p.timeoutTime, 0.0f);
+    }
+
+    void aPasswordFileWithLongerEntriesStartsWithoutAsking()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        library.writeFile(library.passwordPath(),
+                          "<?xml version=\"1.0\"?><plist version=\"1.0\"><array>"
+                          "<string>ab</string><string></string></array></plist>");
+        Start start(library.folder());
+        QCOMPARE(*PasswordBuffer::buffer(), QStringList({"ab", ""}));
+        QVERIFY(!start.delegate->setPassword()->isVisible());
     }
 
     void aMissingLibraryFolderIsNotCreatedAndTheProgramRuns()
