@@ -5,19 +5,26 @@
 #include "lockscreen/LockImageChooser.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
+#include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
 #include "ui/FirstPasswordWindow.h"
 #include "ui/StatusItem.h"
 
+#include <QLineEdit>
+#include <QPushButton>
+
 AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     : QObject(parent), m_platform(std::move(platform)), m_settingsStore(m_platform.libraryFolder),
+      m_passwordSetting(PasswordFile::pathIn(m_platform.libraryFolder), m_platform.dialogs),
       m_window(std::make_unique<LockWindow>()),
       m_setPassword(std::make_unique<FirstPasswordWindow>())
 {
     // The lock window covers the primary display; elements placed from its bottom edge need its
     // size before they are placed.
     m_window->setGeometry(m_platform.displays.primaryGeometry());
+    connect(m_setPassword->saveButton(), &QPushButton::clicked, this,
+            &AppDelegate::saveNewPassword);
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -81,4 +88,37 @@ void AppDelegate::loadPassword()
     m_preferences.applyFirstRunHotKey();
     m_settingsStore.set(firstRunHotKeySettings());
     m_setPassword->bringToFront();
+}
+
+void AppDelegate::saveNewPassword()
+{
+    const QString password = m_setPassword->firstPassword()->text();
+    switch (m_passwordSetting.saveNewPassword(password,
+                                              m_setPassword->firstPasswordConfirm()->text())) {
+    case PasswordSetting::FirstTimeStep::Mismatch:
+        return;
+    case PasswordSetting::FirstTimeStep::AskAboutEmpty:
+        m_platform.dialogs.askAsSheet(
+            m_setPassword.get(), QString::fromLatin1(PasswordSetting::emptyQuestion),
+            {tr("Go Back"), tr("Continue")}, [this](int returnCode) { alertDidEnd(returnCode); });
+        return;
+    case PasswordSetting::FirstTimeStep::Saved:
+        finishFirstPassword();
+        return;
+    }
+}
+
+void AppDelegate::alertDidEnd(int returnCode)
+{
+    if (returnCode != Dialogs::secondButton)
+        return; // "Go Back": the window stays as it is
+    m_passwordSetting.store(m_setPassword->firstPassword()->text());
+    finishFirstPassword();
+}
+
+void AppDelegate::finishFirstPassword()
+{
+    m_setPassword->clearFields();
+    m_setPassword->close();
+    m_passwordSetting.confirmSaved();
 }

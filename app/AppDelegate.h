@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/PlatformServices.h"
+#include "input/PasswordSetting.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"
 
@@ -28,6 +29,12 @@ public:
     // The start-up sequence: settings files, lock-screen views, every setting, the password.
     void applicationDidFinishLaunching();
 
+    // --- Password setting ---------------------------------------------------------------
+    // The first-password window's save button.
+    void saveNewPassword();
+    // The end of the empty-password question: 1001 ("Continue") saves the empty password.
+    void alertDidEnd(int returnCode);
+
     // --- Session state --------------------------------------------------------------------
     bool isLockActive() const { return m_lockActive; }
 
@@ -46,10 +53,12 @@ private:
     void loadSettings();
     void showChosenLockImage();
     void loadPassword();
+    void finishFirstPassword();
 
     PlatformServices m_platform;
     SettingsStore m_settingsStore;
     Preferences m_preferences;
+    PasswordSetting m_passwordSetting;
 
     std::unique_ptr<LockWindow> m_window;
     std::unique_ptr<LockScreenViews> m_views;

@@ -3,6 +3,7 @@
 #include <QString>
 
 class Clock;
+class Dialogs;
 class Displays;
 class PowerSources;
 class Scheduler;
@@ -15,5 +16,6 @@ struct PlatformServices
     Scheduler& scheduler;
     PowerSources& powerSources;
     Displays& displays;
+    Dialogs& dialogs;
     QString libraryFolder;
 };

@@ -35,6 +35,9 @@ FirstPasswordWindow::FirstPasswordWindow(QWidget* parent) : QWidget(parent, Qt::
     m_saveButton = new QPushButton(tr("Save"), this);
     m_saveButton->setObjectName(QStringLiteral("savePassword"));
     m_saveButton->setDefault(true);
+    // Return saves from either field, as in a dialog.
+    for (QLineEdit* field : {m_firstPassword, m_firstPasswordConfirm})
+        connect(field, &QLineEdit::returnPressed, m_saveButton, &QPushButton::click);
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -54,4 +57,10 @@ void FirstPasswordWindow::bringToFront()
     raise();
     activateWindow();
     m_firstPassword->setFocus();
+}
+
+void FirstPasswordWindow::clearFields()
+{
+    m_firstPassword->clear();
+    m_firstPasswordConfirm->clear();
 }

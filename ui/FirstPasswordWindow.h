@@ -20,6 +20,7 @@ public:
 
     // Shows the window above the others and gives it the keyboard.
     void bringToFront();
+    void clearFields();
 
 private:
     QLineEdit* m_firstPassword = nullptr;

@@ -17,13 +17,19 @@ desktop_start() {
     unset SESSION_MANAGER DESKTOP_STARTUP_ID
     trap desktop_stop EXIT
 
-    # -displayfd picks a free display number, so several rigs can run side by side.
+    # -displayfd picks a free display number, but two servers starting at the same moment can
+    # both pick the same one; rigs that start side by side take turns.
+    local lock
+    exec {lock}>"${TMPDIR:-/tmp}/tessarine-rig-display.lock"
+    flock "$lock"
     Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp 3>"$RIG_DIR/display" \
         >"$RIG_DIR/xvfb.log" 2>&1 &
     RIG_PIDS+=($!)
     wait_until 10 test -s "$RIG_DIR/display" || { echo "Xvfb did not start" >&2; return 1; }
     export DISPLAY=:$(head -n1 "$RIG_DIR/display")
     wait_until 10 xdpyinfo >/dev/null 2>&1 || { echo "display $DISPLAY not ready" >&2; return 1; }
+    flock -u "$lock"
+    exec {lock}>&-
 
     # A bus of its own, or Qt would start one that outlives the test.
     local bus

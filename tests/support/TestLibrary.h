@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
 
@@ -9,6 +10,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <optional>
 
 // The keys of an options file with each value as "type:value" (for example "boolean:true",
@@ -55,4 +57,29 @@ public:
     QRect geometry{0, 0, 1920, 1080};
     QSize primaryPixelSize() const override { return pixelSize; }
     QRect primaryGeometry() const override { return geometry; }
+};
+
+// Records every alert; a question waits until the test answers it.
+class FakeDialogs final : public Dialogs
+{
+public:
+    QStringList alerts;
+    QString question;
+    QStringList questionButtons;
+    std::function<void(int)> pendingAnswer;
+
+    void showAlert(const QString& message) override { alerts.append(message); }
+    void askAsSheet(QWidget*, const QString& message, const QStringList& buttons,
+                    std::function<void(int)> answered) override
+    {
+        question = message;
+        questionButtons = buttons;
+        pendingAnswer = std::move(answered);
+    }
+    void answer(int returnCode)
+    {
+        auto answered = std::move(pendingAnswer);
+        pendingAnswer = nullptr;
+        answered(returnCode);
+    }
 };

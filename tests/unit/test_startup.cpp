@@ -1,5 +1,4 @@
-#include "ManualScheduler.h"
-#include "TestLibrary.h"
+#include "StartedProgram.h"
 
 #include "app/AppDelegate.h"
 #include "input/PasswordBuffer.h"
@@ -20,26 +19,6 @@
 #include <QUrl>
 
 namespace {
-
-// One start of the program against a Library folder, with fake platform services.
-struct Start
-{
-    explicit Start(const QString& folder, bool battery = true)
-    {
-        if (!battery)
-            power.battery.reset();
-        delegate = std::make_unique<AppDelegate>(
-            PlatformServices{clock, scheduler, power, displays, folder});
-        delegate->awakeFromNib();
-        delegate->applicationDidFinishLaunching();
-    }
-
-    FakeClock clock;
-    ManualScheduler scheduler;
-    FakePowerSources power;
-    FakeDisplays displays;
-    std::unique_ptr<AppDelegate> delegate;
-};
 
 QMap<QString, QString> firstRunWithHotKey()
 {
@@ -63,7 +42,7 @@ private slots:
     void firstStartWithNeitherFile()
     {
         TestLibrary library;
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(*library.properties(), firstRunWithHotKey());
         QVERIFY(!QFileInfo::exists(library.passwordPath()));
         QVERIFY(start.delegate->setPassword()->isVisible());
@@ -78,7 +57,7 @@ private slots:
     void theContactLineSitsAboveThePrimaryDisplaysBottomEdge()
     {
         TestLibrary library;
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(start.delegate->window()->geometry(), QRect(0, 0, 1920, 1080));
         QCOMPARE(start.delegate->views()->contact()->geometry().bottom() + 1, 1080 - 200);
     }
@@ -86,7 +65,7 @@ private slots:
     void theTrayIconHasItsToolTip()
     {
         TestLibrary library;
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QSystemTrayIcon* icon = start.delegate->statusItem()->trayIcon();
         QCOMPARE(icon->toolTip(), QString("Right click to open the menu."));
         QVERIFY(!icon->icon().isNull());
@@ -102,7 +81,7 @@ private slots:
                                 "<key>shortcutKey</key><integer>40</integer>"
                                 "<key>shortcutString</key><string>K</string>"
                                 "<key>dim</key><true/>");
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         const auto keys = *library.properties();
         QCOMPARE(keys.value("useShortcut"), QString("boolean:true"));
         QCOMPARE(keys.value("shortcutModifier1"), QString("integer:0"));
@@ -120,7 +99,7 @@ private slots:
     {
         TestLibrary library;
         PasswordFile::write(library.passwordPath(), {"p", "w"});
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QMap<QString, QString> eight = firstRunWithHotKey();
         for (const char* key : {"shortcutModifier1", "shortcutModifier2", "shortcutModifier3",
                                 "shortcutKey", "shortcutString"})
@@ -145,7 +124,7 @@ private slots:
         library.writeProperties("<key>showTime</key><true/>");
         PasswordFile::write(library.passwordPath(), {});
         const QByteArray before = library.readFile(library.propertiesPath());
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QVERIFY(!start.delegate->setPassword()->isVisible());
         QVERIFY(!start.delegate->window()->isVisible());
         QCOMPARE(library.readFile(library.propertiesPath()), before);
@@ -158,14 +137,14 @@ private slots:
         library.writeProperties("<key>showBattery</key><true/>");
         PasswordFile::write(library.passwordPath(), {"x"});
         {
-            Start start(library.folder(), false);
+            StartedProgram start(library.folder(), false);
             QVERIFY(start.delegate->noBattery());
             QCOMPARE(start.delegate->preferences().showBattery, false);
         }
         QCOMPARE(library.properties()->value("showBattery"), QString("boolean:false"));
         // The user turns it on again; the next start turns it off again.
         library.writeProperties("<key>showBattery</key><true/>");
-        Start again(library.folder(), false);
+        StartedProgram again(library.folder(), false);
         QCOMPARE(library.properties()->value("showBattery"), QString("boolean:false"));
     }
 
@@ -174,7 +153,7 @@ private slots:
         TestLibrary library;
         library.writeProperties("<key>showBattery</key><true/>");
         PasswordFile::write(library.passwordPath(), {"x"});
-        Start start(library.folder(), true);
+        StartedProgram start(library.folder(), true);
         QVERIFY(!start.delegate->noBattery());
         QCOMPARE(start.delegate->preferences().showBattery, true);
     }
@@ -184,7 +163,7 @@ private slots:
         TestLibrary library;
         library.writeProperties("<key>showCapslock</key><false/>");
         PasswordFile::write(library.passwordPath(), {"x"});
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(start.delegate->preferences().showCapslock, true);
     }
 
@@ -194,7 +173,7 @@ private slots:
         library.writeProperties("<key>textColor</key><integer>0</integer>");
         PasswordFile::write(library.passwordPath(), {"x"});
         const QPalette designed = QLineEdit().palette();
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         LockScreenViews* views = start.delegate->views();
         QCOMPARE(views->time()->palette().color(QPalette::WindowText), QColor(Qt::white));
         QCOMPARE(views->contact()->palette().color(QPalette::WindowText), QColor(Qt::white));
@@ -209,7 +188,7 @@ private slots:
         TestLibrary library;
         library.writeProperties("<key>textColor</key><integer>1</integer>");
         PasswordFile::write(library.passwordPath(), {"x"});
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         LockScreenViews* views = start.delegate->views();
         for (QWidget* text :
              {static_cast<QWidget*>(views->time()), static_cast<QWidget*>(views->musicText()),
@@ -240,7 +219,7 @@ private slots:
         library.writeProperties(
             QStringLiteral("<key>lockImageType</key><integer>%1</integer>").arg(type));
         PasswordFile::write(library.passwordPath(), {"x"});
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(start.delegate->views()->lockImageName(), image);
         QVERIFY(start.delegate->views()->lockImage()->pixmap().width() >= 512);
     }
@@ -256,7 +235,7 @@ private slots:
                                                "<key>lockImageURL</key><string>%1</string>")
                                     .arg(QUrl::fromLocalFile(picture).toString()));
         PasswordFile::write(library.passwordPath(), {"x"});
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(start.delegate->views()->lockImageName(), QString());
         QCOMPARE(start.delegate->views()->lockImage()->pixmap().size(), QSize(40, 30));
     }
@@ -277,7 +256,7 @@ private slots:
                                                "<key>lockImageURL</key><string>%1</string>")
                                     .arg(url));
         PasswordFile::write(library.passwordPath(), {"x"});
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(start.delegate->views()->lockImageName(), QString("LOCK-2"));
     }
 
@@ -304,7 +283,7 @@ private slots:
         QFETCH(QByteArray, bytes);
         TestLibrary library;
         library.writeFile(library.propertiesPath(), bytes);
-        Start start(library.folder(), false);
+        StartedProgram start(library.folder(), false);
         QCOMPARE(library.readFile(library.propertiesPath()), bytes);
         // The program runs on the absent values, with the first-run hot key in memory.
         const Preferences& p = start.delegate->preferences();
@@ -320,7 +299,7 @@ private slots:
         library.writeProperties("<key>showTime</key><string>yes</string>"
                                 "<key>timeoutTime</key><array><integer>3</integer></array>"
                                 "<key>shortcutString</key><integer>7</integer>");
-        Start start(library.folder(), false); // a desktop: start-up writes showBattery
+        StartedProgram start(library.folder(), false); // a desktop: start-up writes showBattery
         const auto keys = *library.properties();
         QCOMPARE(keys.value("showBattery"), QString("boolean:false"));
         QCOMPARE(keys.value("showTime"), QString("string:yes"));
@@ -338,7 +317,7 @@ private slots:
         library.writeFile(library.passwordPath(),
                           "<?xml version=\"1.0\"?><plist version=\"1.0\"><array>"
                           "<string>ab</string><string></string></array></plist>");
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QCOMPARE(*PasswordBuffer::buffer(), QStringList({"ab", ""}));
         QVERIFY(!start.delegate->setPassword()->isVisible());
     }
@@ -347,7 +326,7 @@ private slots:
     {
         TestLibrary library;
         const QString missing = library.folder() + QStringLiteral("/gone");
-        Start start(missing);
+        StartedProgram start(missing);
         QVERIFY(!QFileInfo::exists(missing));
         QCOMPARE(start.delegate->preferences().showMusic, false);
         QVERIFY(start.delegate->setPassword()->isVisible());
@@ -358,7 +337,7 @@ private slots:
         TestLibrary library;
         library.writeProperties("");
         library.writeFile(library.passwordPath(), "<?xml version=\"1.0\"?><plist><dict/></plist>");
-        Start start(library.folder());
+        StartedProgram start(library.folder());
         QVERIFY(PasswordBuffer::isAbsent());
         QVERIFY(start.delegate->setPassword()->isVisible());
         QCOMPARE(library.readFile(library.passwordPath()),

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+
+class Dialogs;
+
+// Setting the password: the first-time flow of the first-password window and the change flow
+// that asks for the old password. Both rebuild the password buffer from what was typed, write the
+// password file and confirm with an alert.
+class PasswordSetting
+{
+public:
+    static constexpr const char* mismatchFirstTime = "Passwords do not match.";
+    // Its grammar differs from the first-time message; both texts are kept as they are.
+    static constexpr const char* mismatchChange = "Password do not match.";
+    static constexpr const char* wrongOldPassword = "Previous password incorrect.";
+    static constexpr const char* saved = "Password saved successfully!";
+    static constexpr const char* emptyQuestion =
+        "Are you sure you want to continue without setting a password?";
+
+    PasswordSetting(QString passwordPath, Dialogs& dialogs)
+        : m_passwordPath(std::move(passwordPath)), m_dialogs(dialogs)
+    {
+    }
+
+    enum class FirstTimeStep
+    {
+        Mismatch,      // alerted; nothing changed
+        AskAboutEmpty, // the caller asks the empty-password question
+        Saved,         // written; the caller empties the fields and closes the window
+    };
+    // The first check of the first-time flow; on Saved the password is already written and the
+    // success alert is the caller's last step.
+    FirstTimeStep saveNewPassword(const QString& password, const QString& confirmation);
+
+    enum class ChangeResult
+    {
+        WrongOldPassword,
+        Mismatch,
+        Saved
+    };
+    ChangeResult savePassword(const QString& oldPassword, const QString& next,
+                              const QString& confirmation);
+
+    // Rebuilds the buffer from the text, writes the file (mode 0600); the result of the write is
+    // not reported.
+    void store(const QString& password);
+    void confirmSaved();
+
+private:
+    QString m_passwordPath;
+    Dialogs& m_dialogs;
+};

@@ -1,0 +1,35 @@
+#include "platform/Dialogs.h"
+
+#include <QAbstractButton>
+#include <QMessageBox>
+#include <QPushButton>
+
+void QtDialogs::showAlert(const QString& message)
+{
+    QMessageBox box;
+    box.setWindowTitle(QStringLiteral("Tessarine"));
+    box.setText(message);
+    box.setObjectName(QStringLiteral("alert"));
+    box.exec();
+}
+
+void QtDialogs::askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
+                           std::function<void(int)> answered)
+{
+    auto* box = new QMessageBox(window);
+    box->setObjectName(QStringLiteral("sheet"));
+    box->setWindowTitle(QStringLiteral("Tessarine"));
+    box->setText(message);
+    box->setWindowModality(Qt::WindowModal);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QList<QAbstractButton*> made;
+    for (const QString& title : buttons)
+        made.append(box->addButton(title, QMessageBox::AcceptRole));
+    if (!made.isEmpty())
+        box->setDefaultButton(static_cast<QPushButton*>(made.first()));
+    QObject::connect(box, &QMessageBox::buttonClicked, box,
+                     [made, answered](QAbstractButton* clicked) {
+                         answered(Dialogs::firstButton + int(made.indexOf(clicked)));
+                     });
+    box->open();
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+class QWidget;
+
+// Alerts. A plain alert is application-modal; a question asked as a sheet is modal to its window
+// only and answers through a callback with 1000 for the first button, 1001 for the second.
+class Dialogs
+{
+public:
+    static constexpr int firstButton = 1000;
+    static constexpr int secondButton = 1001;
+
+    virtual ~Dialogs() = default;
+    virtual void showAlert(const QString& message) = 0;
+    virtual void askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
+                            std::function<void(int)> answered) = 0;
+};
+
+class QtDialogs final : public Dialogs
+{
+public:
+    void showAlert(const QString& message) override;
+    void askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
+                    std::function<void(int)> answered) override;
+};

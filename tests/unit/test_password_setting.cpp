@@ -1,0 +1,140 @@
+#include "StartedProgram.h"
+
+#include "input/PasswordBuffer.h"
+#include "input/PasswordFile.h"
+#include "input/PasswordSetting.h"
+#include "ui/FirstPasswordWindow.h"
+
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include <sys/stat.h>
+
+namespace {
+void type(FirstPasswordWindow* window, const QString& password, const QString& confirmation)
+{
+    window->firstPassword()->setText(password);
+    window->firstPasswordConfirm()->setText(confirmation);
+    window->saveButton()->click();
+}
+} // namespace
+
+class TestPasswordSetting : public QObject
+{
+    Q_OBJECT
+private slots:
+    void theFirstPasswordIsSavedAndTheWindowCloses()
+    {
+        TestLibrary library;
+        StartedProgram program(library.folder());
+        FirstPasswordWindow* window = program.delegate->setPassword();
+        QVERIFY(window->isVisible());
+        type(window, "s3cret", "s3cret");
+        QCOMPARE(*PasswordFile::read(library.passwordPath()),
+                 QStringList({"s", "3", "c", "r", "e", "t"}));
+        struct stat info
+        {
+        };
+        QCOMPARE(::stat(QFile::encodeName(library.passwordPath()).constData(), &info), 0);
+        QCOMPARE(info.st_mode & 0777, mode_t(0600));
+        QVERIFY(!window->isVisible());
+        QVERIFY(window->firstPassword()->text().isEmpty());
+        QVERIFY(window->firstPasswordConfirm()->text().isEmpty());
+        QCOMPARE(program.dialogs.alerts, QStringList({"Password saved successfully!"}));
+        QCOMPARE(PasswordBuffer::matchFlags(), QList<int>(6, 0));
+    }
+
+    void mismatchingFieldsChangeNothing()
+    {
+        TestLibrary library;
+        StartedProgram program(library.folder());
+        FirstPasswordWindow* window = program.delegate->setPassword();
+        type(window, "one", "two");
+        QCOMPARE(program.dialogs.alerts, QStringList({"Passwords do not match."}));
+        QVERIFY(!QFileInfo::exists(library.passwordPath()));
+        QVERIFY(window->isVisible());
+        QCOMPARE(window->firstPassword()->text(), QString("one"));
+        QCOMPARE(window->firstPasswordConfirm()->text(), QString("two"));
+    }
+
+    void anEmptyPasswordAskedAndContinuedIsSaved()
+    {
+        TestLibrary library;
+        {
+            StartedProgram program(library.folder());
+            type(program.delegate->setPassword(), "", "");
+            QCOMPARE(program.dialogs.question,
+                     QString("Are you sure you want to continue without setting a password?"));
+            QCOMPARE(program.dialogs.questionButtons, QStringList({"Go Back", "Continue"}));
+            QVERIFY(!QFileInfo::exists(library.passwordPath()));
+            program.dialogs.answer(1001);
+            QCOMPARE(*PasswordFile::read(library.passwordPath()), QStringList());
+            QVERIFY(!program.delegate->setPassword()->isVisible());
+            QCOMPARE(program.dialogs.alerts, QStringList({"Password saved successfully!"}));
+        }
+        // The next start shows no first-password window.
+        StartedProgram next(library.folder());
+        QVERIFY(!next.delegate->setPassword()->isVisible());
+        QVERIFY(!PasswordBuffer::isAbsent());
+    }
+
+    void anEmptyPasswordAskedAndGoneBackFromWritesNothing()
+    {
+        TestLibrary library;
+        StartedProgram program(library.folder());
+        type(program.delegate->setPassword(), "", "");
+        program.dialogs.answer(1000);
+        QVERIFY(!QFileInfo::exists(library.passwordPath()));
+        QVERIFY(program.delegate->setPassword()->isVisible());
+        QVERIFY(program.dialogs.alerts.isEmpty());
+    }
+
+    void theChangeFlowAcceptsAnEmptyNewPassword()
+    {
+        TestLibrary library;
+        FakeDialogs dialogs;
+        PasswordBuffer::load(QStringList({"o", "l", "d"}));
+        PasswordSetting setting(library.passwordPath(), dialogs);
+        QCOMPARE(setting.savePassword("old", "", ""), PasswordSetting::ChangeResult::Saved);
+        QCOMPARE(*PasswordFile::read(library.passwordPath()), QStringList());
+        QVERIFY(PasswordBuffer::buffer()->isEmpty());
+    }
+
+    void aWrongOldPasswordIsTheOnlyMessage()
+    {
+        TestLibrary library;
+        FakeDialogs dialogs;
+        PasswordBuffer::load(QStringList({"o", "l", "d"}));
+        PasswordSetting setting(library.passwordPath(), dialogs);
+        QCOMPARE(setting.savePassword("odl", "new", "wen"),
+                 PasswordSetting::ChangeResult::WrongOldPassword);
+        QCOMPARE(dialogs.alerts, QStringList({"Previous password incorrect."}));
+        QVERIFY(!QFileInfo::exists(library.passwordPath()));
+        QCOMPARE(*PasswordBuffer::buffer(), QStringList({"o", "l", "d"}));
+    }
+
+    void theChangeFlowsMismatchKeepsItsOwnWording()
+    {
+        TestLibrary library;
+        FakeDialogs dialogs;
+        PasswordBuffer::load(QStringList({"o"}));
+        PasswordSetting setting(library.passwordPath(), dialogs);
+        QCOMPARE(setting.savePassword("o", "new", "wen"), PasswordSetting::ChangeResult::Mismatch);
+        QCOMPARE(dialogs.alerts, QStringList({"Password do not match."}));
+    }
+
+    void aCharacterBeyondOneByteKeepsOnlyItsLowByte()
+    {
+        TestLibrary library;
+        FakeDialogs dialogs;
+        PasswordSetting setting(library.passwordPath(), dialogs);
+        setting.store(QString::fromUtf8("\u20ac1"));
+        QCOMPARE(*PasswordFile::read(library.passwordPath()),
+                 QStringList({QString::fromUtf8("\u00ac"), "1"}));
+    }
+};
+
+QTEST_MAIN(TestPasswordSetting)
+#include "test_password_setting.moc"
