@@ -1,5 +1,12 @@
 #include "app/AppDelegate.h"
 
+#include "app/LockSession.h"
+#include "input/WindowController.h"
+#include "lockscreen/LockImageView.h"
+#include "lockscreen/LockSwing.h"
+#include "lockscreen/WindowMotion.h"
+#include "platform/Clock.h"
+
 #include "input/PasswordBuffer.h"
 #include "input/PasswordFile.h"
 #include "lockscreen/LockImageChooser.h"
@@ -11,14 +18,19 @@
 #include "ui/FirstPasswordWindow.h"
 #include "ui/StatusItem.h"
 
+#include <QLabel>
 #include <QLineEdit>
+#include <QPropertyAnimation>
 #include <QPushButton>
+
+#include <cmath>
+#include <cstdlib>
 
 AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     : QObject(parent), m_platform(std::move(platform)), m_settingsStore(m_platform.libraryFolder),
       m_passwordSetting(PasswordFile::pathIn(m_platform.libraryFolder), m_platform.dialogs),
-      m_window(std::make_unique<LockWindow>()),
-      m_setPassword(std::make_unique<FirstPasswordWindow>())
+      m_matcher(m_platform.clock), m_window(std::make_unique<LockWindow>()),
+      m_setPassword(std::make_unique<FirstPasswordWindow>()), m_swingCall(m_platform.scheduler)
 {
     // The lock window covers the primary display; elements placed from its bottom edge need its
     // size before they are placed.
@@ -32,12 +44,21 @@ AppDelegate::~AppDelegate() = default;
 void AppDelegate::awakeFromNib()
 {
     m_statusItem = new StatusItem(this);
+    connect(m_statusItem, &StatusItem::lockRequested, this, &AppDelegate::lock);
 }
 
 void AppDelegate::applicationDidFinishLaunching()
 {
     m_settingsStore.writeFirstRunSettingsIfMissing();
     m_views = std::make_unique<LockScreenViews>(*m_window);
+    m_session = std::make_unique<LockSession>(
+        LockSession::Services{m_platform.scheduler, m_platform.clock, m_platform.displays,
+                              m_platform.shield, m_platform.pointer, m_platform.motion},
+        m_preferences, *m_window, *m_views);
+    m_windowController = new WindowController(*this, this);
+    m_window->installEventFilter(m_windowController);
+    connect(m_views->enterPassword(), &QLineEdit::returnPressed, this,
+            &AppDelegate::passwordEntered);
     checkForBattery();
     m_views->placeContact(m_platform.displays.primaryPixelSize().width());
     loadSettings();
@@ -45,8 +66,7 @@ void AppDelegate::applicationDidFinishLaunching()
     showChosenLockImage();
     m_views->applyTextColours(m_preferences.textIsBlack != 0);
     loadPassword();
-    m_lockActive = false;
-    m_lastTime = 0;
+    m_matcher.clearLastTime();
 }
 
 void AppDelegate::checkForBattery()
@@ -121,4 +141,195 @@ void AppDelegate::finishFirstPassword()
     m_setPassword->clearFields();
     m_setPassword->close();
     m_passwordSetting.confirmSaved();
+}
+
+// --- Lock session ---------------------------------------------------------------------------
+
+void AppDelegate::lock()
+{
+    m_session->lock();
+}
+
+void AppDelegate::unlock()
+{
+    m_session->unlock();
+}
+
+void AppDelegate::screenLocked()
+{
+    m_session->screenLocked();
+}
+
+void AppDelegate::simulateClick()
+{
+    m_session->simulateClick();
+}
+
+void AppDelegate::animateWasActive()
+{
+    m_session->animateWasActive();
+}
+
+bool AppDelegate::isLockActive() const
+{
+    return m_session && m_session->isLockActive();
+}
+
+bool AppDelegate::getLocked() const
+{
+    return m_session && m_session->getLocked();
+}
+
+bool AppDelegate::getUnlocking() const
+{
+    return PasswordBuffer::getUnlocking();
+}
+
+// --- Password and keys ----------------------------------------------------------------------
+
+void AppDelegate::keyPressed(const QString& characters)
+{
+    const double now = m_platform.clock.absoluteSeconds();
+    if (m_preferences.wiggleLock &&
+        (m_lastRotation == 0 || now - m_lastRotation > LockSwing::minimumInterval)) {
+        if (characters.isEmpty())
+            return; // a dead key: nothing to swing by, and nothing to match
+        // Only the low byte of the first character counts, read as a signed byte.
+        const int character = static_cast<signed char>(characters.at(0).unicode() & 0xFF);
+        if (isLeftKey(character))
+            rotateLock(0);
+        else
+            rotateLockRightKey(0);
+        m_lastRotation = now;
+    }
+    switch (m_matcher.keyPressed(characters, m_preferences.orderMatters)) {
+    case PasswordMatcher::Outcome::Unlock:
+        unlock();
+        break;
+    case PasswordMatcher::Outcome::Nudge:
+        nudge();
+        break;
+    case PasswordMatcher::Outcome::Nothing:
+        break;
+    }
+}
+
+void AppDelegate::passwordEntered()
+{
+    QLineEdit* field = m_views->enterPassword();
+    if (field->isHidden() || !getLocked())
+        return;
+    switch (m_matcher.passwordEntered(field->text())) {
+    case PasswordMatcher::Outcome::Unlock:
+        field->clear();
+        unlock();
+        break;
+    case PasswordMatcher::Outcome::Nudge:
+        shake();
+        break;
+    case PasswordMatcher::Outcome::Nothing:
+        break;
+    }
+}
+
+void AppDelegate::securityLevel()
+{
+    m_preferences.orderMatters = !m_preferences.orderMatters;
+    m_settingsStore.set(Keys::orderMatters, m_preferences.orderMatters);
+}
+
+void AppDelegate::setLastTime()
+{
+    m_matcher.setLastTime();
+}
+
+bool AppDelegate::isLeftKey(int character)
+{
+    return KeyboardSides::isLeftKey(character);
+}
+
+void AppDelegate::rotateLock(double phase)
+{
+    swing(phase, false);
+}
+
+void AppDelegate::rotateLockRightKey(double phase)
+{
+    swing(phase, true);
+}
+
+void AppDelegate::swing(double phase, bool rightKey)
+{
+    LockImageView* image = m_views->lockImage();
+    const double angle = LockSwing::angle(phase, image->height(), rightKey);
+    // Out and back again in 0.1 s each, replacing a swing still running.
+    for (auto* running : image->findChildren<QPropertyAnimation*>(QStringLiteral("swing")))
+        delete running;
+    auto* animation = new QPropertyAnimation(image, "rotation", image);
+    animation->setObjectName(QStringLiteral("swing"));
+    animation->setDuration(int(2 * LockSwing::swingSeconds * 1000));
+    animation->setStartValue(0.0);
+    animation->setKeyValueAt(0.5, std::isnan(angle) ? 0.0 : angle);
+    animation->setEndValue(0.0);
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+    const double next = phase + LockSwing::phaseStep;
+    if (next < LockSwing::phaseEnd)
+        m_swingCall.arm(std::chrono::milliseconds(int(LockSwing::swingSeconds * 1000)),
+                        [this, next, rightKey] { swing(next, rightKey); });
+}
+
+void AppDelegate::nudge()
+{
+    // The lock window moves a little in the closing direction and back, over 0.2 s.
+    const QPoint home = m_platform.displays.primaryGeometry().topLeft();
+    const int strength = m_preferences.wiggleStrength;
+    QPoint offset;
+    switch (m_preferences.closeAnimation) {
+    case 0:
+        return;
+    case 1:
+        offset = QPoint(0, -strength); // up
+        break;
+    case 2:
+        offset = QPoint(0, strength); // down
+        break;
+    case 3:
+        offset = QPoint(strength, 0);
+        break;
+    case 4:
+        offset = QPoint(-strength, 0);
+        break;
+    default:
+        m_platform.motion.moveTo(m_window.get(), home);
+        return;
+    }
+    m_platform.motion.follow(m_window.get(), {home, home + offset, home}, 200);
+}
+
+void AppDelegate::shake()
+{
+    // Four quick steps either side, each a fiftieth of a percent of the window, up or down at
+    // random; the points are taken from the display's corner, not from the window's origin.
+    const QPoint home = m_platform.displays.primaryGeometry().topLeft();
+    const QSize size = m_window->size();
+    QList<QPoint> points{m_window->pos()};
+    for (int i = 0; i < 4; ++i) {
+        const int s1 = (std::rand() % 2) ? 1 : -1;
+        const int s2 = (std::rand() % 2) ? 1 : -1;
+        points.append(home +
+                      QPoint(qRound(-0.002 * size.width()), qRound(-s1 * 0.002 * size.height())));
+        points.append(home +
+                      QPoint(qRound(0.002 * size.width()), qRound(-s2 * 0.002 * size.height())));
+    }
+    points.append(home);
+    m_platform.motion.follow(m_window.get(), points, 200);
+}
+
+void AppDelegate::konami(int keyCode)
+{
+    if (!m_keySequence.konami(keyCode))
+        return;
+    QPalette palette = m_views->time()->palette();
+    palette.setColor(QPalette::WindowText, Qt::blue);
+    m_views->time()->setPalette(palette);
 }

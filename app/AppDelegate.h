@@ -1,7 +1,10 @@
 #pragma once
 
 #include "app/PlatformServices.h"
+#include "input/KeySequence.h"
+#include "input/PasswordMatcher.h"
 #include "input/PasswordSetting.h"
+#include "platform/Scheduler.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"
 
@@ -11,11 +14,13 @@
 
 class FirstPasswordWindow;
 class LockScreenViews;
+class LockSession;
 class LockWindow;
 class StatusItem;
+class WindowController;
 
 // The program's controller: it owns the windows, the tray icon, the in-memory settings and the
-// session state, and hands each piece of work to the component that owns it.
+// session, and hands each piece of work to the component that owns it.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -29,24 +34,48 @@ public:
     // The start-up sequence: settings files, lock-screen views, every setting, the password.
     void applicationDidFinishLaunching();
 
-    // --- Password setting ---------------------------------------------------------------
+    // --- Lock session ---------------------------------------------------------------------
+    void lock();
+    void unlock();
+    // Another locker came up: ours gives way.
+    void screenLocked();
+    void simulateClick();
+    void animateWasActive();
+    bool isLockActive() const;
+    bool getLocked() const;
+    bool getUnlocking() const;
+
+    // --- Password and keys ----------------------------------------------------------------
+    // Every key typed on the lock screen, as the characters it types.
+    void keyPressed(const QString& characters);
+    // The secure field's whole-password check.
+    void passwordEntered();
+    // Flips between typing the password in order and as a chord, and saves the choice.
+    void securityLevel();
+    void setLastTime();
+    static bool isLeftKey(int character);
+    void rotateLock(double phase);
+    void rotateLockRightKey(double phase);
+    void konami(int keyCode);
+
+    // --- Password setting -----------------------------------------------------------------
     // The first-password window's save button.
     void saveNewPassword();
     // The end of the empty-password question: 1001 ("Continue") saves the empty password.
     void alertDidEnd(int returnCode);
 
-    // --- Session state --------------------------------------------------------------------
-    bool isLockActive() const { return m_lockActive; }
-
     // --- Parts, for the widgets and for tests ---------------------------------------------
     const Preferences& preferences() const { return m_preferences; }
     const SettingsStore& settingsStore() const { return m_settingsStore; }
     bool noBattery() const { return m_noBattery; }
-    double lastTime() const { return m_lastTime; }
+    double lastTime() const { return m_matcher.lastTime(); }
+    double lastRotationTime() const { return m_lastRotation; }
     LockWindow* window() const { return m_window.get(); }
     LockScreenViews* views() const { return m_views.get(); }
+    LockSession* session() const { return m_session.get(); }
     FirstPasswordWindow* setPassword() const { return m_setPassword.get(); }
     StatusItem* statusItem() const { return m_statusItem; }
+    WindowController* windowController() const { return m_windowController; }
 
 private:
     void checkForBattery();
@@ -54,20 +83,27 @@ private:
     void showChosenLockImage();
     void loadPassword();
     void finishFirstPassword();
+    void swing(double phase, bool rightKey);
+    void nudge();
+    void shake();
 
     PlatformServices m_platform;
     SettingsStore m_settingsStore;
     Preferences m_preferences;
     PasswordSetting m_passwordSetting;
+    PasswordMatcher m_matcher;
+    KeySequence m_keySequence;
 
     std::unique_ptr<LockWindow> m_window;
     std::unique_ptr<LockScreenViews> m_views;
+    std::unique_ptr<LockSession> m_session;
     std::unique_ptr<FirstPasswordWindow> m_setPassword;
     StatusItem* m_statusItem = nullptr;
+    WindowController* m_windowController = nullptr;
 
-    bool m_lockActive = false;
+    TimerSlot m_swingCall;
+    double m_lastRotation = 0;
     bool m_noBattery = false;
-    double m_lastTime = 0;
     // The URL of the user's own lock image, as loaded at start-up.
     std::optional<QString> m_lockImageURL;
 };

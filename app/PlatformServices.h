@@ -5,8 +5,11 @@
 class Clock;
 class Dialogs;
 class Displays;
+class PointerInjector;
 class PowerSources;
 class Scheduler;
+class ScreenShield;
+class WindowMotion;
 
 // The services the program uses from the system, handed to AppDelegate so that tests can give it
 // fakes. The program passes the Linux implementations from platform/.
@@ -17,5 +20,8 @@ struct PlatformServices
     PowerSources& powerSources;
     Displays& displays;
     Dialogs& dialogs;
+    ScreenShield& shield;
+    PointerInjector& pointer;
+    WindowMotion& motion;
     QString libraryFolder;
 };

@@ -2,6 +2,7 @@
 
 #include "lockscreen/BottomLeftFrame.h"
 #include "lockscreen/LockImageChooser.h"
+#include "lockscreen/LockImageView.h"
 #include "lockscreen/LockWindow.h"
 #include "platform/ImageLibrary.h"
 
@@ -85,8 +86,8 @@ LockScreenViews::LockScreenViews(LockWindow& window) : m_window(window)
     m_playPauseImage->setGeometry(0, 0, 25, 25);
 
     m_background->setGraphicsEffect(makeShadow(m_background, 0.8, 4, 2));
-    m_lockImage = makeImageView("lockImage");
-    m_lockImage->setScaledContents(true); // fills the frame on both axes independently
+    m_lockImage = new LockImageView(content); // fills its frame on both axes independently
+    m_lockImage->setObjectName(QStringLiteral("lockImage"));
     m_lockImage->setGraphicsEffect(makeShadow(m_lockImage, 0.6, 20, 10));
     m_lockImage->show();
     showLockImage(LockImageChooser::defaultImageName());

@@ -11,6 +11,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QWidget;
+class LockImageView;
 class LockWindow;
 
 // The elements of the primary lock screen that start-up builds: the background, the clock, the
@@ -54,7 +55,7 @@ public:
     QPushButton* doNotDisturb() const { return m_doNotDisturb; }
     QLabel* mailImage() const { return m_mailImage; }
     QLabel* contact() const { return m_contact; }
-    QLabel* lockImage() const { return m_lockImage; }
+    LockImageView* lockImage() const { return m_lockImage; }
 
 private:
     QLabel* makeImageView(const char* name);
@@ -74,7 +75,7 @@ private:
     QPushButton* m_doNotDisturb = nullptr;
     QLabel* m_mailImage = nullptr;
     QLabel* m_contact = nullptr;
-    QLabel* m_lockImage = nullptr;
+    LockImageView* m_lockImage = nullptr;
     QRectF m_contactFrame;
     QMetaObject::Connection m_resizeConnection;
     QString m_lockImageName;

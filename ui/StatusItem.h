@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QObject>
+#include <QSystemTrayIcon>
 
+class QAction;
 class QMenu;
-class QSystemTrayIcon;
 
-// The program's icon in the system tray, with its tool tip and menu.
+// The program's icon in the system tray. A plain click locks; a right click, or a click with
+// Control or Super held, opens the menu. The icon is drawn highlighted while the menu is open.
 class StatusItem : public QObject
 {
     Q_OBJECT
@@ -17,8 +19,21 @@ public:
 
     QSystemTrayIcon* trayIcon() const { return m_trayIcon; }
     QMenu* statusMenu() const { return m_statusMenu; }
+    QAction* lockoutItem() const { return m_lockoutItem; }
+    bool isHighlighted() const { return m_highlighted; }
+
+    // A click on the icon with the modifiers held at the time.
+    void clicked(QSystemTrayIcon::ActivationReason reason, Qt::KeyboardModifiers modifiers);
+
+signals:
+    void lockRequested();
 
 private:
+    void setHighlighted(bool highlighted);
+    void popUpMenu();
+
     QSystemTrayIcon* m_trayIcon = nullptr;
     QMenu* m_statusMenu = nullptr;
+    QAction* m_lockoutItem = nullptr;
+    bool m_highlighted = false;
 };

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "ManualScheduler.h"
+#include "PlatformFakes.h"
 #include "TestLibrary.h"
 
 #include "app/AppDelegate.h"
+#include "input/PasswordBuffer.h"
 
 #include <memory>
 
@@ -14,8 +16,11 @@ struct StartedProgram
     {
         if (!battery)
             power.battery.reset();
-        delegate = std::make_unique<AppDelegate>(
-            PlatformServices{clock, scheduler, power, displays, dialogs, folder});
+        // A new process: the state kept for the process's life starts afresh.
+        PasswordBuffer::setUnlocking(false);
+        PasswordBuffer::setLastNudgeTime(0);
+        delegate = std::make_unique<AppDelegate>(PlatformServices{
+            clock, scheduler, power, displays, dialogs, shield, pointer, motion, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -25,5 +30,8 @@ struct StartedProgram
     FakePowerSources power;
     FakeDisplays displays;
     FakeDialogs dialogs;
+    FakeShield shield;
+    FakePointer pointer;
+    RecordingMotion motion;
     std::unique_ptr<AppDelegate> delegate;
 };

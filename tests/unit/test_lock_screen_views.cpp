@@ -1,4 +1,5 @@
 #include "lockscreen/BottomLeftFrame.h"
+#include "lockscreen/LockImageView.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
 

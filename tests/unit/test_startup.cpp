@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "input/PasswordBuffer.h"
 #include "input/PasswordFile.h"
+#include "lockscreen/LockImageView.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
 #include "ui/FirstPasswordWindow.h"

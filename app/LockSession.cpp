@@ -1,0 +1,276 @@
+#include "app/LockSession.h"
+
+#include "input/PasswordBuffer.h"
+#include "lockscreen/LockScreenViews.h"
+#include "lockscreen/LockWindow.h"
+#include "lockscreen/WindowMotion.h"
+#include "platform/Clock.h"
+#include "platform/Displays.h"
+#include "platform/ImageLibrary.h"
+#include "platform/Log.h"
+#include "platform/ScreenShield.h"
+#include "settings/Preferences.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+
+using namespace std::chrono_literals;
+
+LockSession::LockSession(Services services, const Preferences& preferences, LockWindow& window,
+                         LockScreenViews& views)
+    : m_services(services), m_preferences(preferences), m_window(window), m_views(views),
+      m_timer(services.scheduler), m_timeoutTimeTimer(services.scheduler),
+      m_mailTimer(services.scheduler), m_musicTimer(services.scheduler),
+      m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
+      m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
+      m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler)
+{
+}
+
+LockSession::~LockSession() = default;
+
+bool LockSession::getUnlocking() const
+{
+    return PasswordBuffer::getUnlocking();
+}
+
+QList<QWidget*> LockSession::windows() const
+{
+    return {&m_window};
+}
+
+QRect LockSession::firstScreen() const
+{
+    return m_services.displays.primaryGeometry();
+}
+
+void LockSession::lock()
+{
+    if (m_lockActive)
+        return;
+    m_lockActive = true;
+    PasswordBuffer::setUnlocking(false);
+    openWindow();
+}
+
+void LockSession::openWindow()
+{
+    if (!m_preferences.showDoNotDisturb)
+        m_views.enterPassword()->hide();
+    if (m_preferences.showTime)
+        m_views.time()->setText(
+            QLocale::system().toString(m_services.clock.now().time(), QLocale::ShortFormat));
+    else
+        m_views.time()->setText(QString());
+    m_window.setGeometry(firstScreen());
+    fullScreen();
+    m_lockActive = true;
+}
+
+void LockSession::fullScreen()
+{
+    const QRect screen = firstScreen();
+    const QPoint home = screen.topLeft();
+    const int animation = m_preferences.startAnimation;
+    if (animation != 0) {
+        // Placed just above the display, made key at once, then slid in; a value past the four
+        // directions leaves it there, above the display.
+        m_services.motion.setOpacity(&m_window, 0);
+        m_services.motion.moveTo(&m_window, home - QPoint(0, screen.height()));
+        m_window.show();
+        makeWindowKey();
+        m_services.motion.setOpacity(&m_window, 1);
+        QPoint start;
+        switch (animation) {
+        case 1: // up: enters from below
+            start = home + QPoint(0, screen.height());
+            break;
+        case 2: // down: enters from above
+            start = home - QPoint(0, screen.height());
+            break;
+        case 3: // right: enters from the left
+            start = home - QPoint(screen.width(), 0);
+            break;
+        case 4: // left: enters from the right
+            start = home + QPoint(screen.width(), 0);
+            break;
+        default:
+            break;
+        }
+        if (animation >= 1 && animation <= 4)
+            m_services.motion.follow(&m_window, {start, home}, int(openingDuration.count()));
+    } else {
+        m_services.motion.setOpacity(&m_window, 0);
+        m_services.motion.moveTo(&m_window, home);
+        m_window.show();
+        // Made key on the next turn of the event loop, as the fade starts.
+        m_makeKeyCall.arm(0ms, [this] { makeWindowKey(); });
+        m_services.motion.fadeIn(&m_window, int(openingDuration.count()));
+    }
+    m_kioskCall.arm(kioskDelay, [this] { kioskMode(); });
+    m_window.setFocus();
+}
+
+void LockSession::makeWindowKey()
+{
+    m_services.shield.keepAbove(windows());
+    holdGrabs();
+}
+
+void LockSession::kioskMode()
+{
+    if (getUnlocking() || !m_lockActive)
+        return; // the password was typed before the 0.4 s were up
+    m_locked = true;
+    if (m_preferences.closeAnimation != 0)
+        m_circuitCall.arm(circuitDelay, [this] { showCircuitWindow(); });
+    m_wantPointer = true;
+    holdGrabs();
+    simulateClick();
+}
+
+void LockSession::holdGrabs()
+{
+    if (m_grabRetry.isArmed())
+        return; // a retry is under way and will take the new grab with it
+    const bool keyboard = m_services.shield.holdsKeyboard() || m_services.shield.makeKey(&m_window);
+    const bool pointer = !m_wantPointer || m_services.shield.holdsPointer() ||
+                         m_services.shield.grabPointer(&m_window);
+    if (keyboard && pointer)
+        return;
+    Log::line(QString::fromLatin1(optionsError));
+    m_grabRetriedFor = 0ms;
+    m_grabRetry.arm(grabRetryFast, [this] { retryGrabs(); });
+}
+
+void LockSession::retryGrabs()
+{
+    if (!m_lockActive)
+        return;
+    const bool keyboard = m_services.shield.holdsKeyboard() || m_services.shield.makeKey(&m_window);
+    const bool pointer = !m_wantPointer || m_services.shield.holdsPointer() ||
+                         m_services.shield.grabPointer(&m_window);
+    if (keyboard && pointer)
+        return;
+    const auto interval = m_grabRetriedFor < grabRetryFastFor ? grabRetryFast : grabRetrySlow;
+    m_grabRetriedFor += interval;
+    m_grabRetry.arm(interval, [this] { retryGrabs(); });
+}
+
+void LockSession::showCircuitWindow()
+{
+    if (getUnlocking() || !m_lockActive)
+        return;
+    const QRect screen = firstScreen();
+    auto circuit = std::make_unique<QWidget>(nullptr, Qt::Window | Qt::FramelessWindowHint |
+                                                          Qt::X11BypassWindowManagerHint);
+    circuit->setObjectName(QStringLiteral("circuit"));
+    circuit->setAttribute(Qt::WA_ShowWithoutActivating);
+    circuit->setGeometry(screen);
+    auto* picture = new QLabel(circuit.get());
+    picture->setGeometry(0, 0, screen.width(), screen.height());
+    picture->setScaledContents(true);
+    picture->setPixmap(ImageLibrary::named(QStringLiteral("circuit.png")).pixmap(screen.size()));
+    m_circuit = std::move(circuit);
+    m_circuit->show();
+    // Beneath the lock window: a nudge uncovers the picture, not the desktop.
+    m_window.raise();
+    m_services.shield.keepAbove(windows());
+}
+
+void LockSession::simulateClick()
+{
+    m_services.pointer.clickTopLeftAndMoveBack();
+}
+
+void LockSession::unlock()
+{
+    if (!m_lockActive)
+        return;
+    m_grabRetry.invalidate();
+    m_wantPointer = false;
+    // The synthetic press is let go while the pointer is still ours, so the desktop never sees
+    // a button held down.
+    m_services.pointer.releasePressedButton();
+    m_services.shield.releaseGrabs();
+    m_timeoutTimeTimer.invalidate();
+    closeWindow();
+}
+
+void LockSession::screenLocked()
+{
+    unlock();
+}
+
+void LockSession::closeWindow()
+{
+    m_timer.invalidate();
+    m_musicTimer.invalidate();
+    m_mailTimer.invalidate();
+    if (m_circuit)
+        m_circuit->hide();
+    m_locked = false;
+    const int animation = m_preferences.closeAnimation;
+    if (animation == 0) {
+        tearDownViews();
+        m_services.motion.stop(&m_window);
+        m_window.hide();
+        m_lockActive = false;
+        return;
+    }
+    const QPoint home = firstScreen().topLeft();
+    const QSize size = m_window.size();
+    QPoint exit;
+    switch (animation) {
+    case 1: // up
+        exit = home - QPoint(0, size.height());
+        break;
+    case 2: // down
+        exit = home + QPoint(0, size.height());
+        break;
+    case 3: // right
+        exit = home + QPoint(size.width(), 0);
+        break;
+    default: // left, and any value past the four directions
+        exit = home - QPoint(size.width(), 0);
+        break;
+    }
+    m_services.motion.follow(&m_window, {home, exit}, int(closingDuration.count()));
+    // Removed 10 ms before the movement ends.
+    m_closeCall.arm(closeDelay, [this] { actuallyCloseWindow(); });
+}
+
+void LockSession::tearDownViews()
+{
+    // The widgets leave the lock screen in this order; the mail badge is taken away twice, which
+    // does no harm.
+    for (QWidget* view :
+         {static_cast<QWidget*>(m_views.musicText()), static_cast<QWidget*>(m_views.albumCover()),
+          static_cast<QWidget*>(m_views.capslockText()),
+          static_cast<QWidget*>(m_views.batteryIndicator()),
+          static_cast<QWidget*>(m_views.doNotDisturb()), static_cast<QWidget*>(m_views.mailImage()),
+          static_cast<QWidget*>(m_views.realPercentText()),
+          static_cast<QWidget*>(m_views.playPauseImage()),
+          static_cast<QWidget*>(m_views.mailImage())})
+        view->hide();
+    m_services.shield.keepAbove({});
+}
+
+void LockSession::actuallyCloseWindow()
+{
+    tearDownViews();
+    m_services.motion.stop(&m_window);
+    m_window.hide();
+    m_window.move(firstScreen().topLeft());
+    m_unActiveCall.arm(unActiveDelay, [this] { unActive(); });
+}
+
+void LockSession::unActive()
+{
+    m_lockActive = false;
+    if (m_circuit)
+        m_circuit->hide();
+    m_circuit.reset();
+}

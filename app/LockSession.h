@@ -1,0 +1,117 @@
+#pragma once
+
+#include "platform/Scheduler.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+
+class Clock;
+class LockScreenViews;
+class LockWindow;
+class PointerInjector;
+class ScreenShield;
+class WindowMotion;
+struct Preferences;
+class Displays;
+
+// The life of one lock, from the request to the desktop's return, in fixed steps with fixed
+// delays:
+//
+//   lock → openWindow → fullScreen (0.4 s opening) → +0.4 s kioskMode → +0.01 s circuit window
+//   unlock → closeWindow (0.2 s closing) → +0.19 s actuallyCloseWindow → +0.2 s unActive
+//
+// Security: the keyboard is grabbed as the window is made key, the pointer 0.4 s later, and both
+// are held until unlock; a grab another client holds is retried (every 10 ms for the first
+// second, then every 250 ms) for as long as the lock lasts, and the lock windows are raised again
+// whenever another window appears above them.
+class LockSession
+{
+public:
+    struct Services
+    {
+        Scheduler& scheduler;
+        const Clock& clock;
+        Displays& displays;
+        ScreenShield& shield;
+        PointerInjector& pointer;
+        WindowMotion& motion;
+    };
+
+    static constexpr const char* optionsError =
+        "Error.  Make sure you have a valid combination of options.";
+    static constexpr std::chrono::milliseconds openingDuration{400};
+    static constexpr std::chrono::milliseconds kioskDelay{400};
+    static constexpr std::chrono::milliseconds circuitDelay{10};
+    static constexpr std::chrono::milliseconds closingDuration{200};
+    static constexpr std::chrono::milliseconds closeDelay{190};
+    static constexpr std::chrono::milliseconds unActiveDelay{200};
+    static constexpr std::chrono::milliseconds grabRetryFast{10};
+    static constexpr std::chrono::milliseconds grabRetrySlow{250};
+    static constexpr std::chrono::milliseconds grabRetryFastFor{1000};
+
+    LockSession(Services services, const Preferences& preferences, LockWindow& window,
+                LockScreenViews& views);
+    ~LockSession();
+
+    void lock();
+    void unlock();
+    // Another locker came up: the desktop is given back to it, without a password.
+    void screenLocked();
+
+    void openWindow();
+    void fullScreen();
+    void makeWindowKey();
+    void kioskMode();
+    void showCircuitWindow();
+    void closeWindow();
+    void actuallyCloseWindow();
+    void unActive();
+    void simulateClick();
+    void animateWasActive() { m_animateWasActive = true; }
+
+    bool isLockActive() const { return m_lockActive; }
+    bool getLocked() const { return m_locked; }
+    bool getUnlocking() const;
+    bool animateWasActiveFlag() const { return m_animateWasActive; }
+
+    // The shared timer field: the later of the display time-out and the clock tick.
+    TimerSlot& timer() { return m_timer; }
+    TimerSlot& timeoutTimeTimer() { return m_timeoutTimeTimer; }
+    TimerSlot& mailTimer() { return m_mailTimer; }
+    TimerSlot& musicTimer() { return m_musicTimer; }
+
+    QWidget* circuitWindow() const { return m_circuit.get(); }
+    // Every lock window; the primary one first.
+    QList<QWidget*> windows() const;
+
+private:
+    void holdGrabs();
+    void retryGrabs();
+    void tearDownViews();
+    QRect firstScreen() const;
+
+    Services m_services;
+    const Preferences& m_preferences;
+    LockWindow& m_window;
+    LockScreenViews& m_views;
+
+    bool m_lockActive = false;
+    bool m_locked = false;
+    bool m_animateWasActive = false;
+    bool m_wantPointer = false;
+    std::chrono::milliseconds m_grabRetriedFor{0};
+
+    TimerSlot m_timer;
+    TimerSlot m_timeoutTimeTimer;
+    TimerSlot m_mailTimer;
+    TimerSlot m_musicTimer;
+    TimerSlot m_makeKeyCall;
+    TimerSlot m_kioskCall;
+    TimerSlot m_circuitCall;
+    TimerSlot m_closeCall;
+    TimerSlot m_unActiveCall;
+    TimerSlot m_grabRetry;
+    std::unique_ptr<QWidget> m_circuit;
+};

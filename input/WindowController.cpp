@@ -1,0 +1,40 @@
+#include "input/WindowController.h"
+
+#include "app/AppDelegate.h"
+#include "input/KeySequence.h"
+
+#include <QKeyEvent>
+
+WindowController::WindowController(AppDelegate& delegate, QObject* parent)
+    : QObject(parent), m_delegate(delegate)
+{
+}
+
+void WindowController::keyDown(const TranslatedKey& key)
+{
+    if (m_delegate.getUnlocking())
+        return;
+    if (KeySequence::isSequenceKey(key.keyCode))
+        m_delegate.konami(key.keyCode);
+    m_delegate.keyPressed(key.characters);
+}
+
+bool WindowController::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        const auto* press = static_cast<QKeyEvent*>(event);
+        // Modifier keys alone are not keys of the password.
+        const TranslatedKey key = KeyTranslation::fromEvent(*press);
+        const bool modifierOnly = press->key() == Qt::Key_Shift ||
+                                  press->key() == Qt::Key_Control || press->key() == Qt::Key_Alt ||
+                                  press->key() == Qt::Key_Meta || press->key() == Qt::Key_Super_L ||
+                                  press->key() == Qt::Key_Super_R ||
+                                  press->key() == Qt::Key_CapsLock || press->key() == Qt::Key_AltGr;
+        if (!modifierOnly)
+            keyDown(key);
+        return true;
+    }
+    if (event->type() == QEvent::KeyRelease || event->type() == QEvent::ShortcutOverride)
+        return true;
+    return QObject::eventFilter(watched, event);
+}

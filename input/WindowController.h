@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/KeyTranslation.h"
+
+#include <QObject>
+
+class AppDelegate;
+
+// The lock screen's key controller: it sits behind the lock window and receives every key typed
+// on it. Keys go to the key sequence and the password matcher until an unlock is under way; no
+// key has a meaning of its own (Return, Delete and the arrows are keys like any other).
+class WindowController : public QObject
+{
+    Q_OBJECT
+public:
+    WindowController(AppDelegate& delegate, QObject* parent = nullptr);
+
+    void keyDown(const TranslatedKey& key);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    AppDelegate& m_delegate;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/ScreenShield.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QList>
+#include <QPointer>
+#include <QWidget>
+
+#include <xcb/xcb.h>
+
+// The shield on X11, on Qt's own xcb connection (a grab made on a second connection would take
+// the keys away from Qt).
+class X11ScreenShield final : public ScreenShield, public QAbstractNativeEventFilter
+{
+public:
+    X11ScreenShield();
+    ~X11ScreenShield() override;
+
+    bool makeKey(QWidget* window) override;
+    bool grabPointer(QWidget* window) override;
+    void releaseGrabs() override;
+    bool holdsKeyboard() const override { return m_keyboardGrabbed; }
+    bool holdsPointer() const override { return m_pointerGrabbed; }
+    void keepAbove(const QList<QWidget*>& windows) override;
+
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+
+private:
+    bool isOurs(xcb_window_t window) const;
+    void raiseAll();
+    void watchRoot(bool watch);
+
+    xcb_connection_t* m_connection = nullptr;
+    xcb_window_t m_root = XCB_NONE;
+    uint32_t m_rootMaskBefore = 0;
+    bool m_watchingRoot = false;
+    bool m_keyboardGrabbed = false;
+    bool m_pointerGrabbed = false;
+    QList<QPointer<QWidget>> m_above;
+};
+
+class X11PointerInjector final : public PointerInjector
+{
+public:
+    void clickTopLeftAndMoveBack() override;
+    void releasePressedButton() override;
+
+private:
+    bool m_pressed = false;
+};

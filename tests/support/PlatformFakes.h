@@ -1,0 +1,90 @@
+#pragma once
+
+#include "lockscreen/WindowMotion.h"
+#include "platform/ScreenShield.h"
+
+#include <QList>
+#include <QPoint>
+#include <QStringList>
+#include <QWidget>
+
+// A shield that grabs whenever it is not told to fail, and remembers what it was asked.
+class FakeShield final : public ScreenShield
+{
+public:
+    bool keyboardFree = true;
+    bool pointerFree = true;
+    bool keyboard = false;
+    bool pointer = false;
+    int makeKeyCalls = 0;
+    int pointerCalls = 0;
+    int releases = 0;
+    QList<QWidget*> above;
+
+    bool makeKey(QWidget*) override
+    {
+        ++makeKeyCalls;
+        keyboard = keyboardFree;
+        return keyboard;
+    }
+    bool grabPointer(QWidget*) override
+    {
+        ++pointerCalls;
+        pointer = pointerFree;
+        return pointer;
+    }
+    void releaseGrabs() override
+    {
+        ++releases;
+        keyboard = pointer = false;
+    }
+    bool holdsKeyboard() const override { return keyboard; }
+    bool holdsPointer() const override { return pointer; }
+    void keepAbove(const QList<QWidget*>& windows) override { above = windows; }
+};
+
+class FakePointer final : public PointerInjector
+{
+public:
+    int clicks = 0;
+    bool pressed = false;
+    void clickTopLeftAndMoveBack() override
+    {
+        ++clicks;
+        pressed = true;
+    }
+    void releasePressedButton() override { pressed = false; }
+};
+
+// Records each movement as a line of text, and jumps the window to where a movement ends.
+class RecordingMotion final : public WindowMotion
+{
+public:
+    QStringList log;
+
+    void fadeIn(QWidget* window, int ms) override
+    {
+        log << QStringLiteral("fadeIn %1").arg(ms);
+        window->setWindowOpacity(1);
+    }
+    void setOpacity(QWidget* window, double opacity) override
+    {
+        log << QStringLiteral("opacity %1").arg(opacity);
+        window->setWindowOpacity(opacity);
+    }
+    void moveTo(QWidget* window, QPoint origin) override
+    {
+        log << QStringLiteral("move %1,%2").arg(origin.x()).arg(origin.y());
+        window->move(origin);
+    }
+    void follow(QWidget* window, const QList<QPoint>& points, int ms) override
+    {
+        QStringList path;
+        for (const QPoint& p : points)
+            path << QStringLiteral("%1,%2").arg(p.x()).arg(p.y());
+        log << QStringLiteral("follow %1 in %2").arg(path.join(QLatin1String(" > "))).arg(ms);
+        if (!points.isEmpty())
+            window->move(points.last());
+    }
+    void stop(QWidget*) override {}
+};

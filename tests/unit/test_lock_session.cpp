@@ -1,0 +1,260 @@
+#include "StartedProgram.h"
+
+#include "app/LockSession.h"
+#include "input/PasswordBuffer.h"
+#include "input/PasswordFile.h"
+#include "lockscreen/LockScreenViews.h"
+#include "lockscreen/LockWindow.h"
+#include "platform/Log.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+// A configured profile (options and a password), so that start-up shows nothing.
+void configure(const TestLibrary& library, const QString& options)
+{
+    library.writeProperties(options);
+    PasswordFile::write(library.passwordPath(), {"a", "b"});
+}
+} // namespace
+
+class TestLockSession : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        m_log.clear();
+        Log::setSink([this](const QString& line) { m_log << line; });
+    }
+    void cleanup() { Log::setSink({}); }
+
+    void aFadingLockTakesTheKeyboardOnTheNextTurnAndThePointerAfterPointFourSeconds()
+    {
+        TestLibrary library;
+        configure(library, "<key>startAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        LockSession* session = program.delegate->session();
+        program.delegate->lock();
+        QVERIFY(session->isLockActive());
+        QVERIFY(program.delegate->window()->isVisible());
+        QCOMPARE(program.delegate->window()->geometry(), QRect(0, 0, 1920, 1080));
+        QVERIFY(!program.shield.keyboard); // made key one turn of the event loop later
+        program.scheduler.advance(0ms);
+        QVERIFY(program.shield.keyboard);
+        QVERIFY(!program.shield.pointer);
+        QCOMPARE(program.shield.above, QList<QWidget*>({program.delegate->window()}));
+        QVERIFY(!session->getLocked());
+        program.scheduler.advance(399ms);
+        QVERIFY(!session->getLocked());
+        program.scheduler.advance(1ms);
+        QVERIFY(session->getLocked());
+        QVERIFY(program.shield.pointer);
+        QCOMPARE(program.pointer.clicks, 1);
+        QVERIFY(program.motion.log.contains("fadeIn 400"));
+        QVERIFY(m_log.isEmpty());
+    }
+
+    void aSlidingLockIsKeyAtOnceAndSlidesFromItsSide_data()
+    {
+        QTest::addColumn<int>("animation");
+        QTest::addColumn<QString>("slide");
+        QTest::newRow("up, from below") << 1 << "follow 0,1080 > 0,0 in 400";
+        QTest::newRow("down, from above") << 2 << "follow 0,-1080 > 0,0 in 400";
+        QTest::newRow("right, from the left") << 3 << "follow -1920,0 > 0,0 in 400";
+        QTest::newRow("left, from the right") << 4 << "follow 1920,0 > 0,0 in 400";
+    }
+    void aSlidingLockIsKeyAtOnceAndSlidesFromItsSide()
+    {
+        QFETCH(int, animation);
+        QFETCH(QString, slide);
+        TestLibrary library;
+        configure(library,
+                  QStringLiteral("<key>startAnimation</key><integer>%1</integer>").arg(animation));
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        QVERIFY(program.shield.keyboard);
+        QCOMPARE(program.motion.log,
+                 QStringList({"opacity 0", "move 0,-1080", "opacity 1", slide}));
+    }
+
+    void anOpeningPastTheFourDirectionsStaysAboveTheDisplay()
+    {
+        TestLibrary library;
+        configure(library, "<key>startAnimation</key><integer>7</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        QCOMPARE(program.delegate->window()->pos(), QPoint(0, -1080));
+        QVERIFY(program.shield.keyboard); // still holds the keyboard
+    }
+
+    void aSecondLockRequestDuringALockDoesNothing()
+    {
+        TestLibrary library;
+        configure(library, "");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        const int clicks = program.pointer.clicks;
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        QCOMPARE(program.pointer.clicks, clicks);
+    }
+
+    void unlockingWithNoMovementEndsAtOnce()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        QVERIFY(program.pointer.pressed);
+        program.delegate->unlock();
+        QVERIFY(!program.delegate->isLockActive());
+        QVERIFY(!program.delegate->getLocked());
+        QVERIFY(!program.delegate->window()->isVisible());
+        QVERIFY(!program.shield.keyboard && !program.shield.pointer);
+        QVERIFY(!program.pointer.pressed);
+        QVERIFY(program.shield.above.isEmpty());
+        QVERIFY(!program.delegate->session()->circuitWindow());
+    }
+
+    void unlockingWithASlideKeepsTheSessionForPointThreeNineSeconds()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        StartedProgram program(library.folder());
+        LockSession* session = program.delegate->session();
+        program.delegate->lock();
+        program.scheduler.advance(400ms);
+        QVERIFY(!session->circuitWindow());
+        program.scheduler.advance(10ms);
+        QVERIFY(session->circuitWindow() && session->circuitWindow()->isVisible());
+        program.delegate->unlock();
+        QVERIFY(!session->circuitWindow()->isVisible()); // ordered out before the slide
+        QVERIFY(!program.shield.keyboard);
+        QCOMPARE(program.motion.log.last(), QString("follow 0,0 > 1920,0 in 200"));
+        program.scheduler.advance(189ms);
+        QVERIFY(program.delegate->window()->isVisible());
+        program.scheduler.advance(1ms);
+        QVERIFY(!program.delegate->window()->isVisible());
+        QVERIFY(session->isLockActive()); // a lock now would be ignored
+        program.delegate->lock();
+        QVERIFY(!program.delegate->window()->isVisible());
+        program.scheduler.advance(199ms);
+        QVERIFY(session->isLockActive());
+        program.scheduler.advance(1ms);
+        QVERIFY(!session->isLockActive());
+        QVERIFY(!session->circuitWindow());
+    }
+
+    void theClosingSlidesTowardsItsSide_data()
+    {
+        QTest::addColumn<int>("animation");
+        QTest::addColumn<QString>("slide");
+        QTest::newRow("up") << 1 << "follow 0,0 > 0,-1080 in 200";
+        QTest::newRow("down") << 2 << "follow 0,0 > 0,1080 in 200";
+        QTest::newRow("right") << 3 << "follow 0,0 > 1920,0 in 200";
+        QTest::newRow("left") << 4 << "follow 0,0 > -1920,0 in 200";
+        QTest::newRow("past the four, left") << 9 << "follow 0,0 > -1920,0 in 200";
+    }
+    void theClosingSlidesTowardsItsSide()
+    {
+        QFETCH(int, animation);
+        QFETCH(QString, slide);
+        TestLibrary library;
+        configure(library,
+                  QStringLiteral("<key>closeAnimation</key><integer>%1</integer>").arg(animation));
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        program.delegate->unlock();
+        QCOMPARE(program.motion.log.last(), slide);
+    }
+
+    void aPasswordTypedWithinPointFourSecondsNeverTakesThePointer()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(0ms);
+        program.delegate->keyPressed("a");
+        program.delegate->keyPressed("b");
+        QVERIFY(!program.delegate->isLockActive());
+        program.scheduler.advance(1s);
+        QCOMPARE(program.shield.pointerCalls, 0);
+        QCOMPARE(program.pointer.clicks, 0);
+        QVERIFY(!program.delegate->getLocked());
+    }
+
+    void anotherLockerComingUpEndsTheSessionWithoutAPassword()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        program.delegate->screenLocked();
+        QVERIFY(!program.delegate->isLockActive());
+        QVERIFY(!PasswordBuffer::getUnlocking());
+    }
+
+    void aHeldKeyboardIsRetriedEveryTenMillisecondsThenMoreSlowly()
+    {
+        TestLibrary library;
+        configure(library, "");
+        StartedProgram program(library.folder());
+        program.shield.keyboardFree = false;
+        program.delegate->lock();
+        program.scheduler.advance(0ms);
+        QCOMPARE(m_log,
+                 QStringList({"Error.  Make sure you have a valid combination of options."}));
+        const int first = program.shield.makeKeyCalls;
+        program.scheduler.advance(1000ms);
+        QVERIFY(program.shield.makeKeyCalls - first >= 99);
+        const int afterASecond = program.shield.makeKeyCalls;
+        program.scheduler.advance(1000ms);
+        QVERIFY(program.shield.makeKeyCalls - afterASecond <= 5);
+        QVERIFY(program.shield.makeKeyCalls - afterASecond >= 3);
+        QVERIFY(program.delegate->window()->isVisible()); // the screen stays covered meanwhile
+        program.shield.keyboardFree = true;
+        program.scheduler.advance(250ms);
+        QVERIFY(program.shield.keyboard && program.shield.pointer);
+        QCOMPARE(m_log.size(), 1);
+        program.delegate->unlock();
+        const int calls = program.shield.makeKeyCalls;
+        program.scheduler.advance(5s);
+        QCOMPARE(program.shield.makeKeyCalls, calls);
+    }
+
+    void theClockShowsTheTimeOnlyWhenChosen()
+    {
+        TestLibrary library;
+        configure(library, "<key>showTime</key><false/>");
+        StartedProgram program(library.folder());
+        program.delegate->views()->time()->setText("stale");
+        program.delegate->lock();
+        QCOMPARE(program.delegate->views()->time()->text(), QString());
+    }
+
+    void withoutDoNotDisturbThePasswordFieldIsHidden()
+    {
+        TestLibrary library;
+        configure(library, "<key>showDoNotDisturb</key><false/>");
+        StartedProgram program(library.folder());
+        program.delegate->views()->enterPassword()->show();
+        program.delegate->lock();
+        QVERIFY(program.delegate->views()->enterPassword()->isHidden());
+    }
+
+private:
+    QStringList m_log;
+};
+
+QTEST_MAIN(TestLockSession)
+#include "test_lock_session.moc"

@@ -1,0 +1,61 @@
+#include "ui/StatusItem.h"
+
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+
+class TestStatusItem : public QObject
+{
+    Q_OBJECT
+private slots:
+    void aPlainClickLocks()
+    {
+        StatusItem item;
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        item.clicked(QSystemTrayIcon::Trigger, Qt::NoModifier);
+        QCOMPARE(locks.size(), 1);
+        item.clicked(QSystemTrayIcon::Trigger, Qt::ShiftModifier);
+        QCOMPARE(locks.size(), 2);
+    }
+
+    void aClickWithControlOrSuperOpensTheMenuInstead()
+    {
+        StatusItem item;
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        item.clicked(QSystemTrayIcon::Trigger, Qt::ControlModifier);
+        QTRY_VERIFY(item.statusMenu()->isVisible());
+        QVERIFY(item.isHighlighted());
+        item.statusMenu()->hide();
+        QVERIFY(!item.isHighlighted());
+        item.clicked(QSystemTrayIcon::Trigger, Qt::MetaModifier);
+        QTRY_VERIFY(item.statusMenu()->isVisible());
+        item.statusMenu()->hide();
+        QCOMPARE(locks.size(), 0);
+    }
+
+    void aRightClickLeavesTheMenuToTheTray()
+    {
+        StatusItem item;
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        item.clicked(QSystemTrayIcon::Context, Qt::NoModifier);
+        QCOMPARE(locks.size(), 0);
+        QCOMPARE(item.trayIcon()->contextMenu(), item.statusMenu());
+    }
+
+    void theMenuHoldsItsItems()
+    {
+        StatusItem item;
+        QStringList titles;
+        for (QAction* action : item.statusMenu()->actions())
+            if (!action->isSeparator())
+                titles << action->text();
+        QCOMPARE(titles, QStringList({"Lock Screen", "Lock After", "Preferences...",
+                                      "About Tessarine", "Help", "Quit Tessarine"}));
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        item.statusMenu()->actions().first()->trigger();
+        QCOMPARE(locks.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestStatusItem)
+#include "test_status_item.moc"
