@@ -134,3 +134,45 @@ fail() {
     fi
     exit 1
 }
+
+# The colour of one pixel of a screenshot, as #rrggbb.
+pixel() {
+    convert "$1" -format "%[hex:p{$2,$3}]" info: | tr 'A-F' 'a-f' | sed 's/^/#/; s/^\(#......\).*/\1/'
+}
+
+# How many pixels of a screenshot have exactly this colour.
+count_colour() {
+    convert "$1" -fill black +opaque "$2" -fill white -opaque "$2" -format '%[fx:round(mean*w*h)]' info:
+}
+
+# A profile with a password and options, for tests that start locked-ready.
+write_password() {
+    local library=$XDG_CONFIG_HOME/tessarine entries= c
+    mkdir -p "$library"
+    for ((i = 0; i < ${#1}; i++)); do
+        c=${1:i:1}
+        entries+="<string>$c</string>"
+    done
+    printf '%s\n' '<?xml version="1.0" encoding="UTF-8"?>' '<plist version="1.0">' \
+        "<array>$entries</array>" '</plist>' >"$library/settings.plist"
+    chmod 600 "$library/settings.plist"
+}
+
+# Writes properties.plist from a body of <key>/<value> pairs.
+write_options() {
+    local library=$XDG_CONFIG_HOME/tessarine
+    mkdir -p "$library"
+    printf '%s\n' '<?xml version="1.0" encoding="UTF-8"?>' '<plist version="1.0">' \
+        "<dict>$1</dict>" '</plist>' >"$library/properties.plist"
+}
+
+click_tray_icon() { # BUTTON
+    local icon
+    icon=$(tray_icon_windows | head -n1)
+    [ -n "$icon" ] || return 1
+    xdotool mousemove --window "$icon" 11 11 click "$1"
+}
+
+keyboard_grabbed_by_other() { [ "$("$X11_PROBE" grab-keyboard)" = AlreadyGrabbed ]; }
+keyboard_free() { [ "$("$X11_PROBE" grab-keyboard)" = Success ]; }
+pointer_free() { [ "$("$X11_PROBE" grab-pointer)" = Success ]; }

@@ -2,7 +2,8 @@
 //   x11_probe grab-keyboard    prints the status of a keyboard grab on the root window
 //   x11_probe grab-pointer     prints the status of a pointer grab on the root window
 //   x11_probe buttons          prints the pointer's pressed buttons as a mask (0 = none)
-//   x11_probe record-keys FILE maps a focused window and appends one line per key it receives
+//   x11_probe record-keys FILE maps a large window (colour 0x336699) and appends one line per
+//                              key it receives
 //   x11_probe popup X Y W H COLOUR  maps an override-redirect window of that colour (0xRRGGBB)
 // A grab that succeeds is let go again at once.
 #include <xcb/xcb.h>
@@ -106,7 +107,7 @@ int main(int argc, char** argv)
         if (!out)
             return 2;
         std::signal(SIGTERM, stop);
-        const xcb_window_t window = makeWindow(c, screen, 100, 100, 300, 200, 0x336699, false,
+        const xcb_window_t window = makeWindow(c, screen, 100, 100, 900, 600, 0x336699, false,
                                                XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_EXPOSURE);
         std::fprintf(out, "mapped\n");
         std::fflush(out);
