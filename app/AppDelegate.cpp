@@ -15,6 +15,7 @@
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
+#include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
 #include "ui/StatusItem.h"
 
@@ -30,13 +31,16 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     : QObject(parent), m_platform(std::move(platform)), m_settingsStore(m_platform.libraryFolder),
       m_passwordSetting(PasswordFile::pathIn(m_platform.libraryFolder), m_platform.dialogs),
       m_matcher(m_platform.clock), m_window(std::make_unique<LockWindow>()),
-      m_setPassword(std::make_unique<FirstPasswordWindow>()), m_swingCall(m_platform.scheduler)
+      m_setPassword(std::make_unique<FirstPasswordWindow>()),
+      m_changePassword(std::make_unique<ChangePasswordFields>()), m_swingCall(m_platform.scheduler)
 {
     // The lock window covers the primary display; elements placed from its bottom edge need its
     // size before they are placed.
     m_window->setGeometry(m_platform.displays.primaryGeometry());
     connect(m_setPassword->saveButton(), &QPushButton::clicked, this,
             &AppDelegate::saveNewPassword);
+    connect(m_changePassword->saveButton(), &QPushButton::clicked, this,
+            &AppDelegate::savePassword);
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -134,6 +138,18 @@ void AppDelegate::alertDidEnd(int returnCode)
         return; // "Go Back": the window stays as it is
     m_passwordSetting.store(m_setPassword->firstPassword()->text());
     finishFirstPassword();
+}
+
+void AppDelegate::savePassword()
+{
+    ChangePasswordFields& fields = *m_changePassword;
+    const auto result =
+        m_passwordSetting.savePassword(fields.oldPassword()->text(), fields.nextPassword()->text(),
+                                       fields.confirmNewPassword()->text());
+    if (result != PasswordSetting::ChangeResult::Saved)
+        return;
+    fields.clearFields();
+    m_passwordSetting.confirmSaved();
 }
 
 void AppDelegate::finishFirstPassword()

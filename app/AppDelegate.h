@@ -21,6 +21,8 @@ class WindowController;
 
 // The program's controller: it owns the windows, the tray icon, the in-memory settings and the
 // session, and hands each piece of work to the component that owns it.
+class ChangePasswordFields;
+
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -63,6 +65,8 @@ public:
     void saveNewPassword();
     // The end of the empty-password question: 1001 ("Continue") saves the empty password.
     void alertDidEnd(int returnCode);
+    // The change-password fields' save button.
+    void savePassword();
 
     // --- Parts, for the widgets and for tests ---------------------------------------------
     const Preferences& preferences() const { return m_preferences; }
@@ -74,6 +78,7 @@ public:
     LockScreenViews* views() const { return m_views.get(); }
     LockSession* session() const { return m_session.get(); }
     FirstPasswordWindow* setPassword() const { return m_setPassword.get(); }
+    ChangePasswordFields* changePasswordFields() const { return m_changePassword.get(); }
     StatusItem* statusItem() const { return m_statusItem; }
     WindowController* windowController() const { return m_windowController; }
 
@@ -98,6 +103,7 @@ private:
     std::unique_ptr<LockScreenViews> m_views;
     std::unique_ptr<LockSession> m_session;
     std::unique_ptr<FirstPasswordWindow> m_setPassword;
+    std::unique_ptr<ChangePasswordFields> m_changePassword;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;
 

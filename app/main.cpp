@@ -26,6 +26,7 @@ int main(int argc, char** argv)
 
     AppDelegate delegate(PlatformServices{clock, scheduler, powerSources, displays, dialogs, shield,
                                           pointer, motion, libraryFolder});
+    app.setDelegate(&delegate);
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     return app.exec();

@@ -1,6 +1,7 @@
 #include "input/WindowController.h"
 
 #include "app/AppDelegate.h"
+#include "input/KeyListener.h"
 #include "input/KeySequence.h"
 
 #include <QKeyEvent>
@@ -30,7 +31,8 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
                                   press->key() == Qt::Key_Meta || press->key() == Qt::Key_Super_L ||
                                   press->key() == Qt::Key_Super_R ||
                                   press->key() == Qt::Key_CapsLock || press->key() == Qt::Key_AltGr;
-        if (!modifierOnly)
+        // Media keys are not typing: the application's hook passes them to the music controls.
+        if (!modifierOnly && KeyListener::mediaKeyType(press->key()) == 0)
             keyDown(key);
         return true;
     }

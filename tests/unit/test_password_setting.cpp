@@ -3,6 +3,7 @@
 #include "input/PasswordBuffer.h"
 #include "input/PasswordFile.h"
 #include "input/PasswordSetting.h"
+#include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
 
 #include <QFileInfo>
@@ -89,6 +90,41 @@ private slots:
         QVERIFY(!QFileInfo::exists(library.passwordPath()));
         QVERIFY(program.delegate->setPassword()->isVisible());
         QVERIFY(program.dialogs.alerts.isEmpty());
+    }
+
+    void theChangeFieldsStoreANewPassword()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        PasswordFile::write(library.passwordPath(), {"o", "l", "d"});
+        StartedProgram program(library.folder());
+        ChangePasswordFields* fields = program.delegate->changePasswordFields();
+        fields->oldPassword()->setText("old");
+        fields->nextPassword()->setText("new");
+        fields->confirmNewPassword()->setText("new");
+        fields->saveButton()->click();
+        QCOMPARE(*PasswordFile::read(library.passwordPath()), QStringList({"n", "e", "w"}));
+        QCOMPARE(program.dialogs.alerts, QStringList({"Password saved successfully!"}));
+        QVERIFY(fields->oldPassword()->text().isEmpty());
+        QVERIFY(fields->nextPassword()->text().isEmpty());
+        QVERIFY(fields->confirmNewPassword()->text().isEmpty());
+    }
+
+    void aWrongOldPasswordInTheFieldsKeepsThemAsTyped()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        PasswordFile::write(library.passwordPath(), {"o", "l", "d"});
+        const QByteArray before = library.readFile(library.passwordPath());
+        StartedProgram program(library.folder());
+        ChangePasswordFields* fields = program.delegate->changePasswordFields();
+        fields->oldPassword()->setText("odl");
+        fields->nextPassword()->setText("a");
+        fields->confirmNewPassword()->setText("b");
+        fields->saveButton()->click();
+        QCOMPARE(program.dialogs.alerts, QStringList({"Previous password incorrect."}));
+        QCOMPARE(library.readFile(library.passwordPath()), before);
+        QCOMPARE(fields->nextPassword()->text(), QString("a"));
     }
 
     void theChangeFlowAcceptsAnEmptyNewPassword()
