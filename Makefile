@@ -47,6 +47,7 @@ test-asan: deps
 		UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
 
 bench: build
+	@tools/install-deps.sh i3lock
 	@bench/run.sh $(BUILD)
 
 clean:

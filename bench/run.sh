@@ -46,6 +46,44 @@ after=$(switches $idle)
 wakeups=$((after - before))
 kill "$idle"; wait "$idle" 2>/dev/null || true
 
+# Tray click to keyboard grabbed, and the last password key to keyboard released, seen by a
+# focused window of another client; the profile's password is "a", with no closing movement.
+grab=$root/$build/bench/grab_timer
+"$TESSARINE" >/dev/null 2>&1 & locker=$!
+wait_until 10 tray_icon_embedded
+icon=$(tray_icon_windows | head -n1)
+eval "$(xdotool getwindowgeometry --shell "$icon")"
+: >"$RIG_DIR/click.txt"
+: >"$RIG_DIR/release.txt"
+for ((run = 0; run < runs; run++)); do
+    "$grab" click $((X + 11)) $((Y + 11)) >>"$RIG_DIR/click.txt"
+    sleep 0.6
+    "$grab" keys 0x61 >>"$RIG_DIR/release.txt"
+    sleep 0.5
+done
+kill "$locker"; wait "$locker" 2>/dev/null || true
+read -r click_median click_min click_max < <(grep -v timeout "$RIG_DIR/click.txt" | stats)
+read -r release_median release_min release_max < <(grep -v timeout "$RIG_DIR/release.txt" | stats)
+click_timeouts=$(grep -c timeout "$RIG_DIR/click.txt" || true)
+release_timeouts=$(grep -c timeout "$RIG_DIR/release.txt" || true)
+
+# The same inside the program: lock() to grabbed, and the last key's matching to released.
+"$root/$build/bench/bench_lock" "$runs" >"$RIG_DIR/inprocess.txt" 2>/dev/null
+read -r lock_median lock_min lock_max < <(awk '/^lock_to_grabbed/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
+read -r unlock_median unlock_min unlock_max < <(awk '/^unlock_to_released/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
+
+# A peer, measured in the same run: i3lock from process start to keyboard grabbed.
+: >"$RIG_DIR/i3lock.txt"
+if command -v i3lock >/dev/null; then
+    for ((run = 0; run < runs; run++)); do
+        "$grab" exec i3lock -n >>"$RIG_DIR/i3lock.txt"
+        sleep 0.2
+    done
+    read -r i3_median i3_min i3_max < <(grep -v timeout "$RIG_DIR/i3lock.txt" | stats)
+else
+    i3_median=n/a i3_min=n/a i3_max=n/a
+fi
+
 cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
 {
     echo "# Tessarine benchmarks"
@@ -58,6 +96,11 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "| Start to tray icon embedded | $start_median ms | $start_min to $start_max ms | 150 ms | $runs |"
     echo "| Idle resident memory | $((rss_kb / 1024)) MB ($rss_kb kB) | one sample | 40 MB | 1 |"
     echo "| Wake-ups while idle (all $threads threads, 10 s) | $wakeups | one sample | 0 | 1 |"
+    echo "| Tray click to keyboard grabbed | $click_median ms | $click_min to $click_max ms | 5 ms | $runs ($click_timeouts timed out) |"
+    echo "| \`lock\` in the program to keyboard grabbed | $lock_median ms | $lock_min to $lock_max ms | 5 ms | $runs |"
+    echo "| Last password key to keyboard released | $release_median ms | $release_min to $release_max ms | 5 ms | $runs ($release_timeouts timed out) |"
+    echo "| Last key matched to keyboard released, in the program | $unlock_median ms | $unlock_min to $unlock_max ms | 5 ms | $runs |"
+    echo "| i3lock -n, process start to keyboard grabbed (peer) | $i3_median ms | $i3_min to $i3_max ms | | $runs |"
     echo
     echo "## Method"
     echo
@@ -69,5 +112,15 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "- Wake-ups: the sum of voluntary and involuntary context switches of all its threads,"
     echo "  read from \`/proc/PID/task/*/status\` before and after 10 s without input. Every timer"
     echo "  that fired would show here; 0 means nothing ran."
+    echo "- Grabs seen from outside (\`bench/grab_timer\`): a small window of another client takes the"
+    echo "  input focus; the time runs from the click's button release (sent with XTest on the tray"
+    echo "  icon), or from the last password key's press, until that window is told the keyboard was"
+    echo "  taken (FocusOut, mode Grab) or given back (FocusIn, mode Ungrab). The profile's password"
+    echo "  is one key and the lock closes with no movement, so no animation delay is counted."
+    echo "- In the program (\`bench/bench_lock\`): the real X11 shield and windows, timed around the"
+    echo "  call of \`lock\` until the keyboard grab has succeeded (one turn of the event loop), and"
+    echo "  around the matching of the last key until the grabs are released."
+    echo "- i3lock (Debian's package) is timed the same way as a peer: from fork until the focused"
+    echo "  window loses the keyboard."
 } >"$report"
 cat "$report"

@@ -55,14 +55,15 @@ bool X11ScreenShield::makeKey(QWidget* window)
     const xcb_window_t id = nativeId(window);
     const uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(m_connection, id, XCB_CONFIG_WINDOW_STACK_MODE, &above);
-    // The focus cannot be set on a window that is not viewable yet; the grab below does not need
-    // it, since a grabbed keyboard sends every key to the grab window.
-    xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
+    // The keyboard first: from the moment the grab succeeds every key goes to the lock, whatever
+    // window has the focus. The focus follows, for the widgets that look at it.
     Reply<xcb_grab_keyboard_reply_t> reply(
         xcb_grab_keyboard_reply(m_connection,
                                 xcb_grab_keyboard(m_connection, 0, id, XCB_CURRENT_TIME,
                                                   XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
                                 nullptr));
+    xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
+    xcb_flush(m_connection);
     m_keyboardGrabbed = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
     return m_keyboardGrabbed;
 }

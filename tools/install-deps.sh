@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and the demo need, when any is missing.
+#   install-deps.sh [EXTRA-PACKAGE...]   also installs these (the benchmarks' peers, say)
 set -euo pipefail
 
 packages=(
@@ -8,6 +9,7 @@ packages=(
     libplist-dev libplist++-dev libxcb1-dev libxcb-keysyms1-dev libxcb-xtest0-dev
     xvfb xauth xdotool x11-utils x11-xserver-utils imagemagick
     dbus-daemon dbus-x11 openbox trayer
+    "$@"
 )
 
 missing=()

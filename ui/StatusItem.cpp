@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QCursor>
 #include <QMenu>
+#include <QMouseEvent>
+#include <QWidget>
 
 StatusItem::StatusItem(QObject* parent) : QObject(parent)
 {
@@ -33,6 +35,9 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
                 clicked(reason, QGuiApplication::queryKeyboardModifiers());
             });
     m_trayIcon->show();
+    // Qt draws an icon embedded in an X tray with a widget of its own, made whenever a tray
+    // appears; its button events are looked at on their way there.
+    qApp->installEventFilter(this);
 }
 
 StatusItem::~StatusItem()
@@ -49,6 +54,45 @@ void StatusItem::clicked(QSystemTrayIcon::ActivationReason reason, Qt::KeyboardM
         return;
     }
     emit lockRequested();
+}
+
+bool StatusItem::mouseDown(Qt::MouseButton button, Qt::KeyboardModifiers modifiers)
+{
+    if (button != Qt::LeftButton)
+        return false; // the right button's menu is the tray icon's own
+    if (modifiers & (Qt::ControlModifier | Qt::MetaModifier))
+        popUpMenu();
+    else
+        setHighlighted(true);
+    return true;
+}
+
+bool StatusItem::mouseUp(Qt::MouseButton button, bool insideIcon)
+{
+    if (button != Qt::LeftButton)
+        return false;
+    const bool pressed = m_highlighted && !m_statusMenu->isVisible();
+    if (!m_statusMenu->isVisible())
+        setHighlighted(false);
+    // A press dragged off the icon and let go elsewhere does not lock.
+    if (pressed && insideIcon)
+        emit lockRequested();
+    return true;
+}
+
+bool StatusItem::eventFilter(QObject* watched, QEvent* event)
+{
+    const QEvent::Type type = event->type();
+    if ((type != QEvent::MouseButtonPress && type != QEvent::MouseButtonRelease &&
+         type != QEvent::MouseButtonDblClick) ||
+        !watched->inherits("QSystemTrayIconSys"))
+        return false;
+    auto* mouse = static_cast<QMouseEvent*>(event);
+    if (type == QEvent::MouseButtonRelease) {
+        auto* icon = static_cast<QWidget*>(watched);
+        return mouseUp(mouse->button(), icon->rect().contains(mouse->position().toPoint()));
+    }
+    return mouseDown(mouse->button(), mouse->modifiers());
 }
 
 void StatusItem::popUpMenu()

@@ -22,8 +22,16 @@ public:
     QAction* lockoutItem() const { return m_lockoutItem; }
     bool isHighlighted() const { return m_highlighted; }
 
-    // A click on the icon with the modifiers held at the time.
+    // A click on the icon with the modifiers held at the time, as the tray reports it.
     void clicked(QSystemTrayIcon::ActivationReason reason, Qt::KeyboardModifiers modifiers);
+    // The button of an icon embedded in an X tray: a plain press highlights, and the release
+    // locks when it is still over the icon; with Control or Super held the press opens the
+    // menu. Returns true when the event was handled here.
+    bool mouseDown(Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    bool mouseUp(Qt::MouseButton button, bool insideIcon);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
     void lockRequested();

@@ -41,6 +41,12 @@ sleep 0.3
 import -window root "$RIG_DIR/desktop.png"
 [ "$(pixel "$RIG_DIR/desktop.png" 640 400)" = "$desktop_colour" ] || fail "no desktop to hide"
 
+# A press on the icon dragged away before it is let go does not lock.
+icon=$(tray_icon_windows | head -n1)
+xdotool mousemove --window "$icon" 11 11 mousedown 1 mousemove 640 400 mouseup 1
+sleep 0.5
+keyboard_free || fail "a press dragged off the icon locked"
+
 click_tray_icon 1
 wait_until 2 keyboard_grabbed_by_other || fail "the keyboard was not grabbed after the click"
 pointer_grabbed_by_other() { [ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]; }

@@ -33,6 +33,42 @@ private slots:
         QCOMPARE(locks.size(), 0);
     }
 
+    void anEmbeddedIconLocksOnAReleaseOverIt()
+    {
+        StatusItem item;
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        QVERIFY(item.mouseDown(Qt::LeftButton, Qt::NoModifier));
+        QVERIFY(item.isHighlighted());
+        QCOMPARE(locks.size(), 0);
+        QVERIFY(item.mouseUp(Qt::LeftButton, true));
+        QVERIFY(!item.isHighlighted());
+        QCOMPARE(locks.size(), 1);
+    }
+
+    void aPressDraggedOffTheIconDoesNotLock()
+    {
+        StatusItem item;
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        item.mouseDown(Qt::LeftButton, Qt::NoModifier);
+        item.mouseUp(Qt::LeftButton, false);
+        QCOMPARE(locks.size(), 0);
+        QVERIFY(!item.isHighlighted());
+    }
+
+    void aControlPressOnTheEmbeddedIconOpensTheMenu()
+    {
+        StatusItem item;
+        QSignalSpy locks(&item, &StatusItem::lockRequested);
+        item.mouseDown(Qt::LeftButton, Qt::ControlModifier);
+        QTRY_VERIFY(item.statusMenu()->isVisible());
+        item.mouseUp(Qt::LeftButton, true);
+        QCOMPARE(locks.size(), 0);
+        QVERIFY(item.isHighlighted()); // while the menu is open
+        item.statusMenu()->hide();
+        QVERIFY(!item.isHighlighted());
+        QVERIFY(!item.mouseDown(Qt::RightButton, Qt::NoModifier));
+    }
+
     void aRightClickLeavesTheMenuToTheTray()
     {
         StatusItem item;

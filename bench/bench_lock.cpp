@@ -1,0 +1,67 @@
+// Times the lock inside the program: from a call of lock to the keyboard grabbed, and from the
+// call of unlock (what the last password key leads to) to the keyboard released, with the real
+// X11 shield on the display, leaving out the animation delays (no movement on close).
+//
+//   bench_lock RUNS     prints "lock_to_grabbed_ms <ms>" and "unlock_to_released_ms <ms>" per run
+#include "app/AppDelegate.h"
+#include "input/KeyListener.h"
+#include "input/PasswordFile.h"
+#include "lockscreen/WindowMotion.h"
+#include "platform/Clock.h"
+#include "platform/Dialogs.h"
+#include "platform/Displays.h"
+#include "platform/PowerSources.h"
+#include "platform/Scheduler.h"
+#include "platform/X11ScreenShield.h"
+#include "settings/SettingsStore.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    const int runs = argc > 1 ? std::atoi(argv[1]) : 30;
+    KeyListener app(argc, argv);
+    QTemporaryDir library;
+    SettingsStore(library.path()).writeFirstRunSettingsIfMissing();
+    PasswordFile::write(PasswordFile::pathIn(library.path()), {"a"});
+
+    SystemClock clock;
+    QtScheduler scheduler;
+    SysfsPowerSources power;
+    QtDisplays displays;
+    QtDialogs dialogs;
+    X11ScreenShield shield;
+    X11PointerInjector pointer;
+    QtWindowMotion motion;
+    AppDelegate delegate(PlatformServices{clock, scheduler, power, displays, dialogs, shield,
+                                          pointer, motion, library.path()});
+    delegate.awakeFromNib();
+    delegate.applicationDidFinishLaunching();
+    app.processEvents();
+
+    for (int run = 0; run < runs; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        delegate.lock();
+        while (!shield.holdsKeyboard() && timer.elapsed() < 5000)
+            app.processEvents(QEventLoop::AllEvents);
+        std::printf("lock_to_grabbed_ms %.3f\n", timer.nsecsElapsed() / 1e6);
+        // Past the kiosk step, as a user would be.
+        QElapsedTimer settle;
+        settle.start();
+        while (settle.elapsed() < 500)
+            app.processEvents(QEventLoop::AllEvents, 10);
+        timer.restart();
+        delegate.keyPressed(QStringLiteral("a"));
+        std::printf("unlock_to_released_ms %.3f\n", timer.nsecsElapsed() / 1e6);
+        settle.restart();
+        while (settle.elapsed() < 300)
+            app.processEvents(QEventLoop::AllEvents, 10);
+        std::fflush(stdout);
+    }
+    return 0;
+}
