@@ -4,6 +4,9 @@
 
 QString ImageLibrary::resourcePath(const QString& name)
 {
+    // Some images are named with their file's extension ("circuit.png").
+    if (QFile::exists(QStringLiteral(":/images/") + name))
+        return QStringLiteral(":/images/") + name;
     for (const char* suffix : {".svg", ".png"}) {
         const QString path = QStringLiteral(":/images/") + name + QLatin1String(suffix);
         if (QFile::exists(path))

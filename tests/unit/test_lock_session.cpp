@@ -134,6 +134,10 @@ private slots:
         QVERIFY(!session->circuitWindow());
         program.scheduler.advance(10ms);
         QVERIFY(session->circuitWindow() && session->circuitWindow()->isVisible());
+        // The circuit board, filling the display.
+        const auto* board = session->circuitWindow()->findChild<QLabel*>();
+        QVERIFY(board && !board->pixmap().isNull());
+        QCOMPARE(board->geometry(), QRect(0, 0, 1920, 1080));
         program.delegate->unlock();
         QVERIFY(!session->circuitWindow()->isVisible()); // ordered out before the slide
         QVERIFY(!program.shield.keyboard);
