@@ -131,16 +131,21 @@ void LockSession::kioskMode()
     simulateClick();
 }
 
-void LockSession::holdGrabs()
+bool LockSession::tryGrabs()
 {
-    if (m_grabRetry.isArmed())
-        return; // a retry is under way and will take the new grab with it
     const bool keyboard = m_services.shield.holdsKeyboard() || m_services.shield.makeKey(&m_window);
     const bool pointer = !m_wantPointer || m_services.shield.holdsPointer() ||
                          m_services.shield.grabPointer(&m_window);
-    if (keyboard && pointer)
+    return keyboard && pointer;
+}
+
+void LockSession::holdGrabs()
+{
+    if (tryGrabs())
         return;
     Log::line(QString::fromLatin1(optionsError));
+    if (m_grabRetry.isArmed())
+        return; // the retry under way takes this grab with it
     m_grabRetriedFor = 0ms;
     m_grabRetry.arm(grabRetryFast, [this] { retryGrabs(); });
 }
@@ -149,10 +154,7 @@ void LockSession::retryGrabs()
 {
     if (!m_lockActive)
         return;
-    const bool keyboard = m_services.shield.holdsKeyboard() || m_services.shield.makeKey(&m_window);
-    const bool pointer = !m_wantPointer || m_services.shield.holdsPointer() ||
-                         m_services.shield.grabPointer(&m_window);
-    if (keyboard && pointer)
+    if (tryGrabs())
         return;
     const auto interval = m_grabRetriedFor < grabRetryFastFor ? grabRetryFast : grabRetrySlow;
     m_grabRetriedFor += interval;
@@ -182,6 +184,9 @@ void LockSession::showCircuitWindow()
 
 void LockSession::simulateClick()
 {
+    // Only into the lock's own pointer grab: without it the press would land on the desktop.
+    if (!m_services.shield.holdsPointer())
+        return;
     m_services.pointer.clickTopLeftAndMoveBack();
 }
 
@@ -189,6 +194,10 @@ void LockSession::unlock()
 {
     if (!m_lockActive)
         return;
+    // Steps of the opening still to come belong to a session that is ending.
+    m_makeKeyCall.invalidate();
+    m_kioskCall.invalidate();
+    m_circuitCall.invalidate();
     m_grabRetry.invalidate();
     m_wantPointer = false;
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees

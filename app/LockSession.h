@@ -87,6 +87,7 @@ public:
     QList<QWidget*> windows() const;
 
 private:
+    bool tryGrabs();
     void holdGrabs();
     void retryGrabs();
     void tearDownViews();

@@ -29,7 +29,8 @@ void LockImageView::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.translate(width() / 2.0, height() / 2.0);
-    painter.rotate(m_rotation * 180.0 / M_PI);
+    // Qt turns clockwise for a positive angle.
+    painter.rotate(-m_rotation * 180.0 / M_PI);
     painter.translate(-width() / 2.0, -height() / 2.0);
     painter.drawPixmap(rect(), picture);
 }

@@ -11,7 +11,7 @@ public:
     explicit LockImageView(QWidget* parent = nullptr);
 
     double rotation() const { return m_rotation; }
-    // Radians, positive clockwise on screen.
+    // Radians, positive counter-clockwise, as the lock screen's layout measures angles.
     void setRotation(double radians);
 
 protected:

@@ -7,6 +7,9 @@ LockWindow::LockWindow(QWidget* parent)
                           Qt::WindowStaysOnTopHint)
 {
     setObjectName(QStringLiteral("window"));
+    // Modal to the whole program: an alert left open (a confirmation, say) must never block the
+    // keys typed on the lock screen; while locked it is the alert that waits.
+    setWindowModality(Qt::ApplicationModal);
     setWindowTitle(QStringLiteral("Tessarine lock screen"));
     setAutoFillBackground(true);
     QPalette background = palette();

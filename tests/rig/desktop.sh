@@ -17,19 +17,25 @@ desktop_start() {
     unset SESSION_MANAGER DESKTOP_STARTUP_ID
     trap desktop_stop EXIT
 
-    # -displayfd picks a free display number, but two servers starting at the same moment can
-    # both pick the same one; rigs that start side by side take turns.
-    local lock
+    # Rigs that start side by side take turns choosing a display, and stay clear of the low
+    # numbers a real desktop uses.
+    local lock number
     exec {lock}>"${TMPDIR:-/tmp}/tessarine-rig-display.lock"
     flock "$lock"
-    Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp 3>"$RIG_DIR/display" \
-        >"$RIG_DIR/xvfb.log" 2>&1 &
-    RIG_PIDS+=($!)
-    wait_until 10 test -s "$RIG_DIR/display" || { echo "Xvfb did not start" >&2; return 1; }
-    export DISPLAY=:$(head -n1 "$RIG_DIR/display")
-    wait_until 10 xdpyinfo >/dev/null 2>&1 || { echo "display $DISPLAY not ready" >&2; return 1; }
+    for ((number = 70; number < 170; number++)); do
+        [ -e "/tmp/.X$number-lock" ] || [ -e "/tmp/.X11-unix/X$number" ] && continue
+        Xvfb ":$number" -screen 0 "${size}x24" -nolisten tcp >"$RIG_DIR/xvfb.log" 2>&1 &
+        RIG_PIDS+=($!)
+        export DISPLAY=:$number
+        if wait_until 10 xdpyinfo >/dev/null 2>&1 && kill -0 "${RIG_PIDS[-1]}" 2>/dev/null; then
+            break
+        fi
+        kill "${RIG_PIDS[-1]}" 2>/dev/null || true
+        unset 'RIG_PIDS[-1]'
+    done
     flock -u "$lock"
     exec {lock}>&-
+    xdpyinfo >/dev/null 2>&1 || { echo "no display could be started" >&2; return 1; }
 
     # A bus of its own, or Qt would start one that outlives the test.
     local bus
@@ -39,10 +45,23 @@ desktop_start() {
 
     openbox >"$RIG_DIR/openbox.log" 2>&1 &
     RIG_PIDS+=($!)
-    trayer --edge top --align right --widthtype request --height 32 --SetDockType true \
-        >"$RIG_DIR/trayer.log" 2>&1 &
-    RIG_PIDS+=($!)
-    wait_until 10 xdotool search --class trayer >/dev/null || { echo "no tray" >&2; return 1; }
+    # trayer now and then fails to open a display that has just come up; it is started again.
+    local attempt tray_pid
+    for attempt in 1 2 3; do
+        trayer --edge top --align right --widthtype request --height 32 --SetDockType true \
+            >>"$RIG_DIR/trayer.log" 2>&1 &
+        tray_pid=$!
+        tray_up() { xdotool search --class trayer >/dev/null || ! kill -0 "$tray_pid" 2>/dev/null; }
+        wait_until 10 tray_up
+        if kill -0 "$tray_pid" 2>/dev/null && xdotool search --class trayer >/dev/null; then
+            RIG_PIDS+=("$tray_pid")
+            return 0
+        fi
+        wait "$tray_pid" 2>/dev/null || true
+        sleep 0.2
+    done
+    echo "no tray" >&2
+    return 1
 }
 
 desktop_stop() {

@@ -4,7 +4,8 @@
 //   x11_probe buttons          prints the pointer's pressed buttons as a mask (0 = none)
 //   x11_probe record-keys FILE maps a large window (colour 0x336699) and appends one line per
 //                              key it receives
-//   x11_probe popup X Y W H COLOUR  maps an override-redirect window of that colour (0xRRGGBB)
+//   x11_probe popup X Y W H COLOUR FILE  maps an override-redirect window of that colour
+//                              (RRGGBB) and then writes "mapped" to FILE
 // A grab that succeeds is let go again at once.
 #include <xcb/xcb.h>
 
@@ -126,10 +127,16 @@ int main(int argc, char** argv)
         }
         xcb_destroy_window(c, window);
         std::fclose(out);
-    } else if (command == "popup" && argc == 7) {
+    } else if (command == "popup" && argc == 8) {
         std::signal(SIGTERM, stop);
         makeWindow(c, screen, std::atoi(argv[2]), std::atoi(argv[3]), std::atoi(argv[4]),
                    std::atoi(argv[5]), uint32_t(std::strtoul(argv[6], nullptr, 16)), true, 0);
+        // A round trip: the map request has been carried out when its answer comes.
+        std::free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+        if (FILE* out = std::fopen(argv[7], "a")) {
+            std::fprintf(out, "mapped\n");
+            std::fclose(out);
+        }
         while (!stopping && !xcb_connection_has_error(c))
             usleep(10000);
     } else {

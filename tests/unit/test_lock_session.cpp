@@ -7,9 +7,12 @@
 #include "lockscreen/LockWindow.h"
 #include "platform/Log.h"
 
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTest>
+#include <QWindow>
 
 using namespace std::chrono_literals;
 
@@ -226,14 +229,99 @@ private slots:
         QVERIFY(program.shield.makeKeyCalls - afterASecond <= 5);
         QVERIFY(program.shield.makeKeyCalls - afterASecond >= 3);
         QVERIFY(program.delegate->window()->isVisible()); // the screen stays covered meanwhile
+        // Kiosk mode met the keyboard still held elsewhere and said so too.
+        QCOMPARE(m_log,
+                 QStringList(2, "Error.  Make sure you have a valid combination of options."));
         program.shield.keyboardFree = true;
         program.scheduler.advance(250ms);
         QVERIFY(program.shield.keyboard && program.shield.pointer);
-        QCOMPARE(m_log.size(), 1);
+        QCOMPARE(m_log.size(), 2);
         program.delegate->unlock();
         const int calls = program.shield.makeKeyCalls;
         program.scheduler.advance(5s);
         QCOMPARE(program.shield.makeKeyCalls, calls);
+    }
+
+    void anotherLockerDuringTheOpeningLeavesNothingHeld()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>2</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(300ms);
+        program.delegate->screenLocked();
+        program.scheduler.advance(2s);
+        QVERIFY(!program.shield.keyboard && !program.shield.pointer);
+        QCOMPARE(program.shield.pointerCalls, 0);
+        QCOMPARE(program.pointer.clicks, 0);
+        QVERIFY(!program.delegate->getLocked());
+        QVERIFY(!program.delegate->isLockActive());
+        QVERIFY(program.shield.above.isEmpty());
+        QVERIFY(!program.delegate->session()->circuitWindow());
+    }
+
+    void aPasswordTypedDuringASlidingOpeningNeverReachesKioskMode()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(100ms);
+        program.delegate->keyPressed("a");
+        program.delegate->keyPressed("b");
+        QVERIFY(program.delegate->isLockActive()); // closing: the slide is under way
+        program.scheduler.advance(2s);
+        QCOMPARE(program.shield.pointerCalls, 0);
+        QCOMPARE(program.pointer.clicks, 0);
+        QVERIFY(!program.delegate->session()->circuitWindow());
+        QVERIFY(!program.delegate->isLockActive());
+    }
+
+    void theClosingTakesItsSizeFromTheWindow()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        program.delegate->window()->resize(800, 600);
+        program.delegate->unlock();
+        QCOMPARE(program.motion.log.last(), QString("follow 0,0 > 800,0 in 200"));
+    }
+
+    void noClickWithoutThePointer()
+    {
+        TestLibrary library;
+        configure(library, "");
+        StartedProgram program(library.folder());
+        program.shield.pointerFree = false;
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        QVERIFY(program.delegate->getLocked());
+        QCOMPARE(program.pointer.clicks, 0);
+        program.delegate->simulateClick();
+        QCOMPARE(program.pointer.clicks, 0);
+        program.shield.pointerFree = true;
+        program.scheduler.advance(300ms);
+        QVERIFY(program.shield.pointer);
+        program.delegate->simulateClick();
+        QCOMPARE(program.pointer.clicks, 1);
+    }
+
+    void anOpenAlertNeverBlocksTheLockScreensKeys()
+    {
+        TestLibrary library;
+        library.writeProperties("<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder()); // no password: any key unlocks
+        QMessageBox alert(QMessageBox::Information, "Tessarine", "Password saved successfully!");
+        alert.setWindowModality(Qt::ApplicationModal);
+        alert.show();
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier, "x");
+        QCoreApplication::sendEvent(program.delegate->window()->windowHandle(), &key);
+        QVERIFY(!program.delegate->isLockActive());
+        alert.hide();
     }
 
     void theClockShowsTheTimeOnlyWhenChosen()

@@ -110,6 +110,20 @@ private slots:
         QVERIFY(fields->confirmNewPassword()->text().isEmpty());
     }
 
+    void theChangeFieldsAcceptAnEmptyNewPassword()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        PasswordFile::write(library.passwordPath(), {"o", "l", "d"});
+        StartedProgram program(library.folder());
+        ChangePasswordFields* fields = program.delegate->changePasswordFields();
+        fields->oldPassword()->setText("old");
+        fields->saveButton()->click();
+        QCOMPARE(*PasswordFile::read(library.passwordPath()), QStringList());
+        QCOMPARE(program.dialogs.alerts, QStringList({"Password saved successfully!"}));
+        QVERIFY(program.dialogs.question.isEmpty()); // no question asked here
+    }
+
     void aWrongOldPasswordInTheFieldsKeepsThemAsTyped()
     {
         TestLibrary library;

@@ -74,6 +74,7 @@ private slots:
         StatusItem item;
         QSignalSpy locks(&item, &StatusItem::lockRequested);
         item.clicked(QSystemTrayIcon::Context, Qt::NoModifier);
+        item.clicked(QSystemTrayIcon::Context, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(locks.size(), 0);
         QCOMPARE(item.trayIcon()->contextMenu(), item.statusMenu());
     }
