@@ -15,6 +15,7 @@
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
+#include "triggers/ScriptingInterface.h"
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
 #include "ui/StatusItem.h"
@@ -41,6 +42,7 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
             &AppDelegate::saveNewPassword);
     connect(m_changePassword->saveButton(), &QPushButton::clicked, this,
             &AppDelegate::savePassword);
+    m_scripting = new ScriptingInterface(*this, this);
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -179,6 +181,11 @@ void AppDelegate::screenLocked()
 void AppDelegate::simulateClick()
 {
     m_session->simulateClick();
+}
+
+void AppDelegate::lockAppleScript()
+{
+    lock();
 }
 
 void AppDelegate::animateWasActive()

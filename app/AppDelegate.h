@@ -17,6 +17,7 @@ class LockScreenViews;
 class LockSession;
 class LockWindow;
 class StatusItem;
+class ScriptingInterface;
 class WindowController;
 
 // The program's controller: it owns the windows, the tray icon, the in-memory settings and the
@@ -43,9 +44,16 @@ public:
     void screenLocked();
     void simulateClick();
     void animateWasActive();
+    // The lock requested by another program.
+    void lockAppleScript();
     bool isLockActive() const;
     bool getLocked() const;
     bool getUnlocking() const;
+
+    // --- Display power --------------------------------------------------------------------
+    // Marks the brightness as touched from outside (a read of the mail count does it).
+    void changeBackBrightness() { m_backBrightnessChanged = true; }
+    bool backBrightnessChanged() const { return m_backBrightnessChanged; }
 
     // --- Password and keys ----------------------------------------------------------------
     // Every key typed on the lock screen, as the characters it types.
@@ -81,6 +89,7 @@ public:
     ChangePasswordFields* changePasswordFields() const { return m_changePassword.get(); }
     StatusItem* statusItem() const { return m_statusItem; }
     WindowController* windowController() const { return m_windowController; }
+    ScriptingInterface* scriptingInterface() const { return m_scripting; }
 
 private:
     void checkForBattery();
@@ -106,10 +115,12 @@ private:
     std::unique_ptr<ChangePasswordFields> m_changePassword;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;
+    ScriptingInterface* m_scripting = nullptr;
 
     TimerSlot m_swingCall;
     double m_lastRotation = 0;
     bool m_noBattery = false;
+    bool m_backBrightnessChanged = false;
     // The URL of the user's own lock image, as loaded at start-up.
     std::optional<QString> m_lockImageURL;
 };

@@ -1,0 +1,96 @@
+#include "StartedProgram.h"
+
+#include "app/CommandLine.h"
+#include "input/PasswordFile.h"
+#include "triggers/ScriptingInterface.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+class TestRemoteLock : public QObject
+{
+    Q_OBJECT
+private slots:
+    void onlyOneLocks_data()
+    {
+        QTest::addColumn<int>("value");
+        QTest::addColumn<bool>("locks");
+        QTest::newRow("1") << 1 << true;
+        QTest::newRow("2") << 2 << false;
+        QTest::newRow("0") << 0 << false;
+        QTest::newRow("-1") << -1 << false;
+        QTest::newRow("big") << 65537 << false;
+    }
+    void onlyOneLocks()
+    {
+        QFETCH(int, value);
+        QFETCH(bool, locks);
+        TestLibrary library;
+        library.writeProperties("");
+        PasswordFile::write(library.passwordPath(), {"a"});
+        StartedProgram program(library.folder());
+        program.delegate->scriptingInterface()->setLock(value);
+        QCOMPARE(program.delegate->isLockActive(), locks);
+    }
+
+    void readingLockAnswersOneLockedOrNot()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        PasswordFile::write(library.passwordPath(), {"a"});
+        StartedProgram program(library.folder());
+        QCOMPARE(program.delegate->scriptingInterface()->lock(), 1);
+        program.delegate->lock();
+        QCOMPARE(program.delegate->scriptingInterface()->lock(), 1);
+    }
+
+    void readingMailAnswersOneAndMarksTheBrightness()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        StartedProgram program(library.folder());
+        QVERIFY(!program.delegate->backBrightnessChanged());
+        QCOMPARE(program.delegate->scriptingInterface()->mail(), 1);
+        QVERIFY(program.delegate->backBrightnessChanged());
+    }
+
+    void aMailCountIsPassedOnAsItCame()
+    {
+        TestLibrary library;
+        library.writeProperties("");
+        StartedProgram program(library.folder());
+        QSignalSpy reports(program.delegate->scriptingInterface(),
+                           &ScriptingInterface::mailReported);
+        program.delegate->scriptingInterface()->setMail(3);
+        program.delegate->scriptingInterface()->setMail(-7);
+        QCOMPARE(reports.size(), 2);
+        QCOMPARE(reports.at(0).at(0).toInt(), 3);
+        QCOMPARE(reports.at(1).at(0).toInt(), -7);
+    }
+
+    void theCommandLine()
+    {
+        using Action = CommandLine::Action;
+        QCOMPARE(CommandLine::parse({"tessarine"}).action, Action::Run);
+        QCOMPARE(CommandLine::parse({"tessarine", "lock"}).action, Action::Lock);
+        QCOMPARE(CommandLine::parse({"tessarine", "--help"}).action, Action::Help);
+        QCOMPARE(CommandLine::parse({"tessarine", "-h"}).action, Action::Help);
+        QCOMPARE(CommandLine::parse({"tessarine", "--version"}).action, Action::Version);
+        const auto mail = CommandLine::parse({"tessarine", "mail", "12"});
+        QCOMPARE(mail.action, Action::Mail);
+        QCOMPARE(mail.mailCount, 12);
+        const auto bad = CommandLine::parse({"tessarine", "mail", "lots"});
+        QCOMPARE(bad.action, Action::Invalid);
+        QVERIFY(bad.error.contains("lots"));
+        QCOMPARE(CommandLine::parse({"tessarine", "mail"}).action, Action::Invalid);
+        QCOMPARE(CommandLine::parse({"tessarine", "lock", "now"}).action, Action::Invalid);
+        QCOMPARE(CommandLine::parse({"tessarine", "unlock"}).action, Action::Invalid);
+        QVERIFY(CommandLine::helpText().contains("lock"));
+        QVERIFY(CommandLine::versionText().startsWith("tessarine "));
+    }
+};
+
+QTEST_MAIN(TestRemoteLock)
+#include "test_remote_lock.moc"

@@ -1,0 +1,26 @@
+#include "triggers/ScriptingInterface.h"
+
+#include "app/AppDelegate.h"
+
+ScriptingInterface::ScriptingInterface(AppDelegate& delegate, QObject* parent)
+    : QObject(parent), m_delegate(delegate)
+{
+}
+
+int ScriptingInterface::mail()
+{
+    // Reading the count is how the mail script signals itself; the side effect is kept.
+    m_delegate.changeBackBrightness();
+    return 1;
+}
+
+void ScriptingInterface::setMail(int count)
+{
+    emit mailReported(count);
+}
+
+void ScriptingInterface::setLock(int value)
+{
+    if (value == 1)
+        m_delegate.lockAppleScript();
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QObject>
+
+class AppDelegate;
+
+// What other programs may ask of Tessarine, on the session bus: set `lock` to 1 to lock, set
+// `mail` to report the unread-mail count. Reading either answers 1; reading `mail` also marks the
+// display brightness as touched from outside.
+//
+// Security: anything that can talk to the user's session bus can lock the screen this way, as
+// the user's own scripts and an ssh login of the same user are meant to; nothing here can
+// unlock it.
+class ScriptingInterface : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.tessarine.Tessarine")
+    Q_PROPERTY(int mail READ mail WRITE setMail)
+    Q_PROPERTY(int lock READ lock WRITE setLock)
+public:
+    static constexpr const char* serviceName = "org.tessarine.Tessarine";
+    static constexpr const char* objectPath = "/org/tessarine/Tessarine";
+    static constexpr const char* interfaceName = "org.tessarine.Tessarine";
+
+    explicit ScriptingInterface(AppDelegate& delegate, QObject* parent = nullptr);
+
+    int mail();
+    void setMail(int count);
+    int lock() const { return 1; }
+    void setLock(int value);
+
+signals:
+    // An unread-mail count reported from outside, for the mail badge.
+    void mailReported(int count);
+
+private:
+    AppDelegate& m_delegate;
+};
