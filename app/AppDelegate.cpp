@@ -15,6 +15,7 @@
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
+#include "triggers/HotKey.h"
 #include "triggers/ScriptingInterface.h"
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
@@ -43,6 +44,8 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     connect(m_changePassword->saveButton(), &QPushButton::clicked, this,
             &AppDelegate::savePassword);
     m_scripting = new ScriptingInterface(*this, this);
+    m_hotKey = std::make_unique<HotKey>(m_platform.hotKey, m_preferences, m_settingsStore,
+                                        [this] { lock(); });
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -72,6 +75,8 @@ void AppDelegate::applicationDidFinishLaunching()
     showChosenLockImage();
     m_views->applyTextColours(m_preferences.textIsBlack != 0);
     loadPassword();
+    if (m_preferences.useShortcut)
+        m_hotKey->install();
     m_matcher.clearLastTime();
 }
 
@@ -355,4 +360,36 @@ void AppDelegate::konami(int keyCode)
     QPalette palette = m_views->time()->palette();
     palette.setColor(QPalette::WindowText, Qt::blue);
     m_views->time()->setPalette(palette);
+}
+
+// --- Hot key ------------------------------------------------------------------------------
+
+void AppDelegate::reinstallHotKey()
+{
+    m_hotKey->reinstallHotKey();
+}
+
+void AppDelegate::shortcutText(const QString& text)
+{
+    m_hotKey->shortcutText(text);
+}
+
+void AppDelegate::firstShortcutModifier(int tag)
+{
+    m_hotKey->firstShortcutModifier(tag);
+}
+
+void AppDelegate::secondShortcutModifier(int tag)
+{
+    m_hotKey->secondShortcutModifier(tag);
+}
+
+void AppDelegate::thirdShortcutModifier(int tag)
+{
+    m_hotKey->thirdShortcutModifier(tag);
+}
+
+void AppDelegate::toggleKeyboardShortcut()
+{
+    m_hotKey->toggleKeyboardShortcut();
 }

@@ -17,6 +17,7 @@ class LockScreenViews;
 class LockSession;
 class LockWindow;
 class StatusItem;
+class HotKey;
 class ScriptingInterface;
 class WindowController;
 
@@ -49,6 +50,15 @@ public:
     bool isLockActive() const;
     bool getLocked() const;
     bool getUnlocking() const;
+
+    // --- Hot key --------------------------------------------------------------------------
+    void reinstallHotKey();
+    void shortcutText(const QString& text);
+    void firstShortcutModifier(int tag);
+    void secondShortcutModifier(int tag);
+    void thirdShortcutModifier(int tag);
+    void toggleKeyboardShortcut();
+    HotKey* hotKey() const { return m_hotKey.get(); }
 
     // --- Display power --------------------------------------------------------------------
     // Marks the brightness as touched from outside (a read of the mail count does it).
@@ -113,6 +123,7 @@ private:
     std::unique_ptr<LockSession> m_session;
     std::unique_ptr<FirstPasswordWindow> m_setPassword;
     std::unique_ptr<ChangePasswordFields> m_changePassword;
+    std::unique_ptr<HotKey> m_hotKey;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;
     ScriptingInterface* m_scripting = nullptr;

@@ -5,6 +5,7 @@
 class Clock;
 class Dialogs;
 class Displays;
+class GlobalHotKey;
 class PointerInjector;
 class PowerSources;
 class Scheduler;
@@ -23,5 +24,6 @@ struct PlatformServices
     ScreenShield& shield;
     PointerInjector& pointer;
     WindowMotion& motion;
+    GlobalHotKey& hotKey;
     QString libraryFolder;
 };

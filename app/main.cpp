@@ -10,6 +10,7 @@
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
 #include "platform/SessionBus.h"
+#include "platform/X11GlobalHotKey.h"
 #include "platform/X11ScreenShield.h"
 #include "triggers/ScriptingInterface.h"
 
@@ -53,11 +54,12 @@ int runProgram(int argc, char** argv)
     X11ScreenShield shield;
     X11PointerInjector pointer;
     QtWindowMotion motion;
+    X11GlobalHotKey hotKey;
     const QString libraryFolder = LibraryFolder::path();
     LibraryFolder::ensureExists(libraryFolder);
 
     AppDelegate delegate(PlatformServices{clock, scheduler, powerSources, displays, dialogs, shield,
-                                          pointer, motion, libraryFolder});
+                                          pointer, motion, hotKey, libraryFolder});
     switch (SessionBus::claim(delegate.scriptingInterface())) {
     case SessionBus::Claim::Claimed:
         break;

@@ -12,6 +12,7 @@
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
+#include "platform/X11GlobalHotKey.h"
 #include "platform/X11ScreenShield.h"
 #include "settings/SettingsStore.h"
 
@@ -37,8 +38,9 @@ int main(int argc, char** argv)
     X11ScreenShield shield;
     X11PointerInjector pointer;
     QtWindowMotion motion;
+    X11GlobalHotKey hotKey;
     AppDelegate delegate(PlatformServices{clock, scheduler, power, displays, dialogs, shield,
-                                          pointer, motion, library.path()});
+                                          pointer, motion, hotKey, library.path()});
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     app.processEvents();

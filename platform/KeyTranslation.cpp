@@ -75,6 +75,15 @@ int KeyTranslation::keyCodeForCharacter(QChar character)
     return -1;
 }
 
+QChar KeyTranslation::characterForKeyCode(int keyCode)
+{
+    for (const CharacterCode& entry : characterCodes) {
+        if (entry.code == keyCode)
+            return QLatin1Char(entry.character);
+    }
+    return {};
+}
+
 TranslatedKey KeyTranslation::fromKeysym(quint32 keysym, const QString& text, bool capsLock)
 {
     TranslatedKey key;

@@ -21,6 +21,8 @@ inline constexpr int returnKeyCode = 36;
 // From an X keysym and the text the keyboard layout gives for it.
 TranslatedKey fromKeysym(quint32 keysym, const QString& text, bool capsLock);
 TranslatedKey fromEvent(const QKeyEvent& event);
-// The key code of a typed character, for the hot key; -1 when no key types it.
+// The key code of a typed character; -1 when no key types it.
 int keyCodeForCharacter(QChar character);
+// The character a key types without modifiers (lower case); null for keys that type none.
+QChar characterForKeyCode(int keyCode);
 } // namespace KeyTranslation

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "lockscreen/WindowMotion.h"
+#include "platform/GlobalHotKey.h"
 #include "platform/ScreenShield.h"
 
 #include <QList>
@@ -87,4 +88,26 @@ public:
             window->move(points.last());
     }
     void stop(QWidget*) override {}
+};
+
+// Remembers the combination registered; a test presses it with press().
+class FakeHotKey final : public GlobalHotKey
+{
+public:
+    bool available = true;
+    int keyCode = -1;
+    int modifierMask = -1;
+    int registrations = 0;
+    bool registered = false;
+
+    bool registerKey(int code, int mask) override
+    {
+        ++registrations;
+        keyCode = code;
+        modifierMask = mask;
+        registered = available;
+        return registered;
+    }
+    void unregisterKey() override { registered = false; }
+    void press() { emit pressed(); }
 };

@@ -20,7 +20,7 @@ struct StartedProgram
         PasswordBuffer::setUnlocking(false);
         PasswordBuffer::setLastNudgeTime(0);
         delegate = std::make_unique<AppDelegate>(PlatformServices{
-            clock, scheduler, power, displays, dialogs, shield, pointer, motion, folder});
+            clock, scheduler, power, displays, dialogs, shield, pointer, motion, hotKey, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -33,5 +33,6 @@ struct StartedProgram
     FakeShield shield;
     FakePointer pointer;
     RecordingMotion motion;
+    FakeHotKey hotKey;
     std::unique_ptr<AppDelegate> delegate;
 };

@@ -4,6 +4,8 @@
 //   x11_probe buttons          prints the pointer's pressed buttons as a mask (0 = none)
 //   x11_probe record-keys FILE maps a large window (colour 0x336699) and appends one line per
 //                              key it receives
+//   x11_probe hold-key KEYCODE MODS FILE  holds a key combination, as another program's
+//                              shortcut would, and writes "held" to FILE
 //   x11_probe popup X Y W H COLOUR FILE  maps an override-redirect window of that colour
 //                              (RRGGBB) and then writes "mapped" to FILE
 // A grab that succeeds is let go again at once.
@@ -139,6 +141,28 @@ int main(int argc, char** argv)
         }
         while (!stopping && !xcb_connection_has_error(c))
             usleep(10000);
+    } else if (command == "hold-key" && argc == 5) {
+        // A passive grab of a key with modifiers on the root window, as another program's
+        // shortcut would hold it; "held" goes to FILE once the grab is in place.
+        std::signal(SIGTERM, stop);
+        const auto keycode = xcb_keycode_t(std::atoi(argv[2]));
+        const auto modifiers = uint16_t(std::strtoul(argv[3], nullptr, 0));
+        xcb_generic_error_t* error =
+            xcb_request_check(c, xcb_grab_key_checked(c, 1, screen->root, modifiers, keycode,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        if (error) {
+            std::free(error);
+            return 1;
+        }
+        if (FILE* out = std::fopen(argv[4], "a")) {
+            std::fprintf(out, "held\n");
+            std::fclose(out);
+        }
+        while (!stopping && !xcb_connection_has_error(c)) {
+            while (xcb_generic_event_t* event = xcb_poll_for_event(c))
+                std::free(event);
+            usleep(10000);
+        }
     } else {
         std::fprintf(stderr, "x11_probe: unknown command\n");
         return 2;
