@@ -16,13 +16,17 @@
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
 #include "triggers/HotKey.h"
+#include "triggers/ScheduledLock.h"
 #include "triggers/ScriptingInterface.h"
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
 #include "ui/StatusItem.h"
 
+#include <QAction>
+#include <QDateTimeEdit>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPropertyAnimation>
 #include <QPushButton>
 
@@ -46,6 +50,11 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     m_scripting = new ScriptingInterface(*this, this);
     m_hotKey = std::make_unique<HotKey>(m_platform.hotKey, m_preferences, m_settingsStore,
                                         [this] { lock(); });
+    m_scheduledLock = std::make_unique<ScheduledLock>(
+        m_platform.scheduler, m_platform.clock, m_preferences, m_settingsStore, [this] { lock(); });
+    m_timePicker = std::make_unique<QDateTimeEdit>();
+    m_timePicker->setObjectName(QStringLiteral("timeoutTime"));
+    m_timePicker->setDisplayFormat(QStringLiteral("HH:mm"));
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -69,9 +78,18 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(m_views->enterPassword(), &QLineEdit::returnPressed, this,
             &AppDelegate::passwordEntered);
     checkForBattery();
+    if (m_statusItem)
+        m_scheduledLock->buildDelayMenu(m_statusItem->lockoutItem()->menu());
     m_views->placeContact(m_platform.displays.primaryPixelSize().width());
     loadSettings();
     m_preferences.applyDefaultHotKeyCharacter();
+    if (m_preferences.useTimer)
+        m_scheduledLock->armFromSettings(m_preferences.hour, m_preferences.minute);
+    m_timePicker->setDateTime(m_preferences.date ? m_preferences.date->toLocalTime()
+                                                 : m_platform.clock.now());
+    m_timePicker->setEnabled(m_preferences.useTimer);
+    connect(m_timePicker.get(), &QDateTimeEdit::editingFinished, this,
+            [this] { time(m_timePicker->dateTime()); });
     showChosenLockImage();
     m_views->applyTextColours(m_preferences.textIsBlack != 0);
     loadPassword();
@@ -392,4 +410,21 @@ void AppDelegate::thirdShortcutModifier(int tag)
 void AppDelegate::toggleKeyboardShortcut()
 {
     m_hotKey->toggleKeyboardShortcut();
+}
+
+// --- Scheduled and delayed lock -----------------------------------------------------------
+
+void AppDelegate::time(const QDateTime& picked)
+{
+    m_scheduledLock->time(picked);
+}
+
+void AppDelegate::toggleUseTimer()
+{
+    m_timePicker->setEnabled(m_scheduledLock->toggleUseTimer(m_timePicker->dateTime()));
+}
+
+void AppDelegate::timeLockout(QAction* item)
+{
+    m_scheduledLock->timeLockout(item);
 }

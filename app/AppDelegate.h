@@ -18,6 +18,9 @@ class LockSession;
 class LockWindow;
 class StatusItem;
 class HotKey;
+class QAction;
+class QDateTimeEdit;
+class ScheduledLock;
 class ScriptingInterface;
 class WindowController;
 
@@ -59,6 +62,13 @@ public:
     void thirdShortcutModifier(int tag);
     void toggleKeyboardShortcut();
     HotKey* hotKey() const { return m_hotKey.get(); }
+
+    // --- Scheduled and delayed lock -------------------------------------------------------
+    void time(const QDateTime& picked);
+    void toggleUseTimer();
+    void timeLockout(QAction* item);
+    ScheduledLock* scheduledLock() const { return m_scheduledLock.get(); }
+    QDateTimeEdit* timePicker() const { return m_timePicker.get(); }
 
     // --- Display power --------------------------------------------------------------------
     // Marks the brightness as touched from outside (a read of the mail count does it).
@@ -124,6 +134,8 @@ private:
     std::unique_ptr<FirstPasswordWindow> m_setPassword;
     std::unique_ptr<ChangePasswordFields> m_changePassword;
     std::unique_ptr<HotKey> m_hotKey;
+    std::unique_ptr<ScheduledLock> m_scheduledLock;
+    std::unique_ptr<QDateTimeEdit> m_timePicker;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;
     ScriptingInterface* m_scripting = nullptr;

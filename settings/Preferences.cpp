@@ -22,6 +22,9 @@ void Preferences::loadFrom(const SettingsSnapshot& file)
     openAtLogin = file.boolValue(Keys::openAtLogin);
     useShortcut = file.boolValue(Keys::useShortcut);
     useTimer = file.boolValue(Keys::useTimer);
+    hour = file.longValue(Keys::hour);
+    minute = file.longValue(Keys::minute);
+    date = file.dateValue(Keys::date);
     orderMatters = file.boolValue(Keys::orderMatters);
     shortcutModifier1 = file.numberObject(Keys::shortcutModifier1);
     shortcutModifier2 = file.numberObject(Keys::shortcutModifier2);

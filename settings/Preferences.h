@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 #include <optional>
@@ -33,6 +34,9 @@ struct Preferences
     bool openAtLogin = false;
     bool useShortcut = false;
     bool useTimer = false;
+    qint64 hour = 0;               // of the daily lock
+    qint64 minute = 0;             // of the daily lock
+    std::optional<QDateTime> date; // the time picker's value
     std::optional<int> shortcutModifier1;
     std::optional<int> shortcutModifier2;
     std::optional<int> shortcutModifier3;

@@ -14,10 +14,10 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
     m_statusMenu->setObjectName(QStringLiteral("statusMenu"));
     QAction* lockNow = m_statusMenu->addAction(tr("Lock Screen"));
     connect(lockNow, &QAction::triggered, this, &StatusItem::lockRequested);
-    // Its entries, and the three items below, come with the parts of the program they open.
+    // The delays are added at start-up; the three items below come with the windows they open.
     auto* lockout = new QMenu(tr("Lock After"), m_statusMenu);
+    lockout->setObjectName(QStringLiteral("lockoutItem"));
     m_lockoutItem = m_statusMenu->addMenu(lockout);
-    m_lockoutItem->setEnabled(false);
     m_statusMenu->addSeparator();
     for (const QString& title : {tr("Preferences..."), tr("About Tessarine"), tr("Help")})
         m_statusMenu->addAction(title)->setEnabled(false);

@@ -12,8 +12,11 @@
 // One start of the program against a Library folder, with fake platform services.
 struct StartedProgram
 {
-    explicit StartedProgram(const QString& folder, bool battery = true)
+    explicit StartedProgram(const QString& folder, bool battery = true,
+                            const QDateTime& now = QDateTime())
     {
+        if (now.isValid())
+            clock.set(now);
         if (!battery)
             power.battery.reset();
         // A new process: the state kept for the process's life starts afresh.
