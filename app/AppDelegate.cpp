@@ -15,6 +15,7 @@
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
+#include "platform/SystemEvents.h"
 #include "triggers/HotKey.h"
 #include "triggers/ScheduledLock.h"
 #include "triggers/ScriptingInterface.h"
@@ -55,6 +56,9 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     m_timePicker = std::make_unique<QDateTimeEdit>();
     m_timePicker->setObjectName(QStringLiteral("timeoutTime"));
     m_timePicker->setDisplayFormat(QStringLiteral("HH:mm"));
+    connect(&m_platform.system, &SystemEvents::screenLocked, this, &AppDelegate::screenLocked);
+    connect(&m_platform.system, &SystemEvents::willSleep, this, &AppDelegate::Sleep);
+    connect(&m_platform.system, &SystemEvents::didWake, this, &AppDelegate::wakeClick);
 }
 
 AppDelegate::~AppDelegate() = default;
@@ -93,6 +97,8 @@ void AppDelegate::applicationDidFinishLaunching()
     showChosenLockImage();
     m_views->applyTextColours(m_preferences.textIsBlack != 0);
     loadPassword();
+    // The sleep delay is held from now on, so that the machine waits for the lock.
+    m_platform.system.holdSleepDelay();
     if (m_preferences.useShortcut)
         m_hotKey->install();
     m_matcher.clearLastTime();
@@ -427,4 +433,22 @@ void AppDelegate::toggleUseTimer()
 void AppDelegate::timeLockout(QAction* item)
 {
     m_scheduledLock->timeLockout(item);
+}
+
+// --- Sleep and wake -----------------------------------------------------------------------
+
+void AppDelegate::Sleep()
+{
+    if (m_preferences.lockOnWakeVariable)
+        lock();
+    // Security: the machine may sleep only once the lock window is up and holds the keyboard,
+    // so that it wakes up locked. Without lock on wake it may sleep at once.
+    m_session->whenKeyboardHeld([this] { m_platform.system.releaseSleepDelay(); });
+}
+
+void AppDelegate::wakeClick()
+{
+    if (isLockActive())
+        simulateClick();
+    m_platform.system.holdSleepDelay();
 }

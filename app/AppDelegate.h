@@ -54,6 +54,12 @@ public:
     bool getLocked() const;
     bool getUnlocking() const;
 
+    // --- Sleep and wake -------------------------------------------------------------------
+    // The machine is about to sleep: with lock on wake, the lock comes up first.
+    void Sleep();
+    // The machine woke up.
+    void wakeClick();
+
     // --- Hot key --------------------------------------------------------------------------
     void reinstallHotKey();
     void shortcutText(const QString& text);

@@ -131,9 +131,29 @@ void LockSession::kioskMode()
     simulateClick();
 }
 
+void LockSession::whenKeyboardHeld(std::function<void()> callback)
+{
+    const bool coming = m_lockActive && !getUnlocking();
+    if (!coming || m_services.shield.holdsKeyboard()) {
+        callback();
+        return;
+    }
+    m_keyboardWaiters.push_back(std::move(callback));
+}
+
+void LockSession::notifyKeyboardWaiters()
+{
+    auto waiters = std::move(m_keyboardWaiters);
+    m_keyboardWaiters.clear();
+    for (auto& waiter : waiters)
+        waiter();
+}
+
 bool LockSession::tryGrabs()
 {
     const bool keyboard = m_services.shield.holdsKeyboard() || m_services.shield.makeKey(&m_window);
+    if (keyboard && !m_keyboardWaiters.empty())
+        notifyKeyboardWaiters();
     const bool pointer = !m_wantPointer || m_services.shield.holdsPointer() ||
                          m_services.shield.grabPointer(&m_window);
     return keyboard && pointer;
@@ -200,6 +220,7 @@ void LockSession::unlock()
     m_circuitCall.invalidate();
     m_grabRetry.invalidate();
     m_wantPointer = false;
+    notifyKeyboardWaiters(); // nothing more to wait for
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees
     // a button held down.
     m_services.pointer.releasePressedButton();

@@ -5,7 +5,9 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 class Clock;
 class LockScreenViews;
@@ -70,6 +72,9 @@ public:
     void unActive();
     void simulateClick();
     void animateWasActive() { m_animateWasActive = true; }
+    // Runs the callback once the lock window is up and holds the keyboard, at once when it
+    // already does or when no lock is coming.
+    void whenKeyboardHeld(std::function<void()> callback);
 
     bool isLockActive() const { return m_lockActive; }
     bool getLocked() const { return m_locked; }
@@ -91,6 +96,7 @@ private:
     void holdGrabs();
     void retryGrabs();
     void tearDownViews();
+    void notifyKeyboardWaiters();
     QRect firstScreen() const;
 
     Services m_services;
@@ -115,4 +121,5 @@ private:
     TimerSlot m_unActiveCall;
     TimerSlot m_grabRetry;
     std::unique_ptr<QWidget> m_circuit;
+    std::vector<std::function<void()>> m_keyboardWaiters;
 };

@@ -10,6 +10,7 @@ class PointerInjector;
 class PowerSources;
 class Scheduler;
 class ScreenShield;
+class SystemEvents;
 class WindowMotion;
 
 // The services the program uses from the system, handed to AppDelegate so that tests can give it
@@ -25,5 +26,6 @@ struct PlatformServices
     PointerInjector& pointer;
     WindowMotion& motion;
     GlobalHotKey& hotKey;
+    SystemEvents& system;
     QString libraryFolder;
 };

@@ -7,6 +7,7 @@
 #include "platform/Displays.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
+#include "platform/LogindSystemEvents.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
 #include "platform/SessionBus.h"
@@ -55,11 +56,15 @@ int runProgram(int argc, char** argv)
     X11PointerInjector pointer;
     QtWindowMotion motion;
     X11GlobalHotKey hotKey;
+    LogindSystemEvents system;
+    if (!system.isAvailable())
+        Log::line(QStringLiteral("locking before sleep is unavailable: logind cannot be reached "
+                                 "on the system bus"));
     const QString libraryFolder = LibraryFolder::path();
     LibraryFolder::ensureExists(libraryFolder);
 
     AppDelegate delegate(PlatformServices{clock, scheduler, powerSources, displays, dialogs, shield,
-                                          pointer, motion, hotKey, libraryFolder});
+                                          pointer, motion, hotKey, system, libraryFolder});
     switch (SessionBus::claim(delegate.scriptingInterface())) {
     case SessionBus::Claim::Claimed:
         break;

@@ -10,6 +10,7 @@
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
+#include "platform/LogindSystemEvents.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
 #include "platform/X11GlobalHotKey.h"
@@ -39,8 +40,9 @@ int main(int argc, char** argv)
     X11PointerInjector pointer;
     QtWindowMotion motion;
     X11GlobalHotKey hotKey;
+    LogindSystemEvents system;
     AppDelegate delegate(PlatformServices{clock, scheduler, power, displays, dialogs, shield,
-                                          pointer, motion, hotKey, library.path()});
+                                          pointer, motion, hotKey, system, library.path()});
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     app.processEvents();

@@ -195,3 +195,26 @@ click_tray_icon() { # BUTTON
 keyboard_grabbed_by_other() { [ "$("$X11_PROBE" grab-keyboard)" = AlreadyGrabbed ]; }
 keyboard_free() { [ "$("$X11_PROBE" grab-keyboard)" = Success ]; }
 pointer_free() { [ "$("$X11_PROBE" grab-pointer)" = Success ]; }
+
+# A second private bus standing in for the system bus, with the fake login manager on it.
+# Commands go to it with `logind sleep` / `logind wake`; what it reports lands in
+# $RIG_DIR/logind.out.
+start_fake_logind() {
+    local bus
+    bus=$(dbus-daemon --session --fork --print-address=1 --print-pid=1)
+    export DBUS_SYSTEM_BUS_ADDRESS=$(sed -n 1p <<<"$bus")
+    RIG_PIDS+=($(sed -n 2p <<<"$bus"))
+    mkfifo "$RIG_DIR/logind.in"
+    "$FAKE_LOGIND" <"$RIG_DIR/logind.in" >"$RIG_DIR/logind.out" 2>>"$RIG_DIR/logind.err" &
+    RIG_PIDS+=($!)
+    exec {LOGIND_INPUT}>"$RIG_DIR/logind.in"
+    wait_until 5 grep -q ready "$RIG_DIR/logind.out" || { echo "no fake logind" >&2; return 1; }
+}
+
+logind() {
+    echo "$1" >&"$LOGIND_INPUT"
+}
+
+logind_count() { # how many lines of the fake login manager start with $1
+    grep -c "^$1" "$RIG_DIR/logind.out" || true
+}

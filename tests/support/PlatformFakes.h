@@ -3,6 +3,7 @@
 #include "lockscreen/WindowMotion.h"
 #include "platform/GlobalHotKey.h"
 #include "platform/ScreenShield.h"
+#include "platform/SystemEvents.h"
 
 #include <QList>
 #include <QPoint>
@@ -110,4 +111,29 @@ public:
     }
     void unregisterKey() override { registered = false; }
     void press() { emit pressed(); }
+};
+
+// Sleep and wake on demand; remembers whether the sleep delay is held.
+class FakeSystemEvents final : public SystemEvents
+{
+public:
+    bool available = true;
+    bool held = false;
+    int releases = 0;
+
+    bool holdSleepDelay() override
+    {
+        held = available;
+        return held;
+    }
+    void releaseSleepDelay() override
+    {
+        if (held)
+            ++releases;
+        held = false;
+    }
+    bool holdsSleepDelay() const override { return held; }
+    void sleep() { emit willSleep(); }
+    void wake() { emit didWake(); }
+    void otherLocker() { emit screenLocked(); }
 };

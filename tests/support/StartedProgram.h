@@ -22,8 +22,9 @@ struct StartedProgram
         // A new process: the state kept for the process's life starts afresh.
         PasswordBuffer::setUnlocking(false);
         PasswordBuffer::setLastNudgeTime(0);
-        delegate = std::make_unique<AppDelegate>(PlatformServices{
-            clock, scheduler, power, displays, dialogs, shield, pointer, motion, hotKey, folder});
+        delegate = std::make_unique<AppDelegate>(PlatformServices{clock, scheduler, power, displays,
+                                                                  dialogs, shield, pointer, motion,
+                                                                  hotKey, system, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -37,5 +38,6 @@ struct StartedProgram
     FakePointer pointer;
     RecordingMotion motion;
     FakeHotKey hotKey;
+    FakeSystemEvents system;
     std::unique_ptr<AppDelegate> delegate;
 };

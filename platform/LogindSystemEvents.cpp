@@ -1,0 +1,64 @@
+#include "platform/LogindSystemEvents.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+
+namespace {
+const QString logind = QStringLiteral("org.freedesktop.login1");
+const QString logindPath = QStringLiteral("/org/freedesktop/login1");
+const QString manager = QStringLiteral("org.freedesktop.login1.Manager");
+} // namespace
+
+LogindSystemEvents::LogindSystemEvents(QObject* parent) : SystemEvents(parent)
+{
+    QDBusConnection system = QDBusConnection::systemBus();
+    m_available = system.isConnected() && system.interface()->isServiceRegistered(logind);
+    if (m_available)
+        system.connect(logind, logindPath, manager, QStringLiteral("PrepareForSleep"), this,
+                       SLOT(prepareForSleep(bool)));
+    // Any program may announce itself as the screen saver on the session bus.
+    QDBusConnection::sessionBus().connect(QString(), QStringLiteral("/org/freedesktop/ScreenSaver"),
+                                          QStringLiteral("org.freedesktop.ScreenSaver"),
+                                          QStringLiteral("ActiveChanged"), this,
+                                          SLOT(activeChanged(bool)));
+}
+
+bool LogindSystemEvents::holdSleepDelay()
+{
+    if (!m_available)
+        return false;
+    if (m_inhibitor.isValid())
+        return true;
+    QDBusMessage inhibit =
+        QDBusMessage::createMethodCall(logind, logindPath, manager, QStringLiteral("Inhibit"));
+    inhibit << QStringLiteral("sleep") << QStringLiteral("Tessarine")
+            << QStringLiteral("Locking the screen before the machine sleeps")
+            << QStringLiteral("delay");
+    const QDBusReply<QDBusUnixFileDescriptor> reply = QDBusConnection::systemBus().call(inhibit);
+    if (!reply.isValid())
+        return false;
+    m_inhibitor = reply.value();
+    return m_inhibitor.isValid();
+}
+
+void LogindSystemEvents::releaseSleepDelay()
+{
+    // Closing our copy of the descriptor lets the machine go on to sleep.
+    m_inhibitor = QDBusUnixFileDescriptor();
+}
+
+void LogindSystemEvents::prepareForSleep(bool sleeping)
+{
+    if (sleeping)
+        emit willSleep();
+    else
+        emit didWake();
+}
+
+void LogindSystemEvents::activeChanged(bool active)
+{
+    if (active)
+        emit screenLocked();
+}

@@ -1,0 +1,113 @@
+// A stand-in for the login manager on a private "system" bus, for the end-to-end tests.
+// It answers Inhibit with one end of a pipe, and reports when the other program closes it.
+// Commands on standard input, one a line: "sleep" and "wake" send PrepareForSleep(true/false).
+// Lines on standard output: "inhibited" when a delay inhibitor was taken; "released grabbed" or
+// "released free" when it was let go, telling whether the keyboard was grabbed at that moment.
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusUnixFileDescriptor>
+#include <QSocketNotifier>
+
+#include <xcb/xcb.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+// Whether another client holds the keyboard right now.
+bool keyboardGrabbed()
+{
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    if (xcb_connection_has_error(c))
+        return false;
+    xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    auto* reply =
+        xcb_grab_keyboard_reply(c,
+                                xcb_grab_keyboard(c, 0, screen->root, XCB_CURRENT_TIME,
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                nullptr);
+    const bool grabbed = reply && reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
+    std::free(reply);
+    xcb_disconnect(c);
+    return grabbed;
+}
+
+} // namespace
+
+class Manager : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
+public slots:
+    QDBusUnixFileDescriptor Inhibit(const QString& what, const QString&, const QString&,
+                                    const QString& mode)
+    {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0)
+            return {};
+        // The caller gets the write end; when every copy of it is closed, the read end sees the
+        // end of the file.
+        QDBusUnixFileDescriptor handed(ends[1]);
+        ::close(ends[1]);
+        auto* notifier = new QSocketNotifier(ends[0], QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this, [notifier, ends] {
+            char byte;
+            if (::read(ends[0], &byte, 1) > 0)
+                return;
+            notifier->setEnabled(false);
+            std::printf("released %s\n", keyboardGrabbed() ? "grabbed" : "free");
+            std::fflush(stdout);
+            ::close(ends[0]);
+            notifier->deleteLater();
+        });
+        if (what == QLatin1String("sleep") && mode == QLatin1String("delay")) {
+            std::printf("inhibited\n");
+            std::fflush(stdout);
+        }
+        return handed;
+    }
+
+signals:
+    void PrepareForSleep(bool start);
+
+public:
+    void send(bool sleeping) { emit PrepareForSleep(sleeping); }
+};
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QDBusConnection bus = QDBusConnection::systemBus();
+    Manager manager;
+    if (!bus.registerObject("/org/freedesktop/login1", &manager,
+                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals) ||
+        !bus.registerService("org.freedesktop.login1")) {
+        std::fprintf(stderr, "fake_logind: cannot take the name\n");
+        return 1;
+    }
+    std::printf("ready\n");
+    std::fflush(stdout);
+    auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
+    QObject::connect(input, &QSocketNotifier::activated, &app, [&manager, input] {
+        std::string line;
+        if (!std::getline(std::cin, line)) {
+            input->setEnabled(false);
+            QCoreApplication::quit();
+            return;
+        }
+        if (line == "sleep")
+            manager.send(true);
+        else if (line == "wake")
+            manager.send(false);
+    });
+    return app.exec();
+}
+#include "fake_logind.moc"

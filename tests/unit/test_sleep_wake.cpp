@@ -1,0 +1,123 @@
+#include "StartedProgram.h"
+
+#include "input/PasswordFile.h"
+
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+void configure(const TestLibrary& library, const QString& options)
+{
+    library.writeProperties(options);
+    PasswordFile::write(library.passwordPath(), {"a"});
+}
+} // namespace
+
+class TestSleepWake : public QObject
+{
+    Q_OBJECT
+private slots:
+    void theSleepDelayIsHeldFromTheStart()
+    {
+        TestLibrary library;
+        configure(library, "");
+        StartedProgram program(library.folder());
+        QVERIFY(program.system.held);
+    }
+
+    void withLockOnWakeOffSleepNeverLocksAndWaitsForNothing()
+    {
+        TestLibrary library;
+        configure(library, "<key>lockOnWake</key><false/>");
+        StartedProgram program(library.folder());
+        program.system.sleep();
+        QVERIFY(!program.delegate->isLockActive());
+        QCOMPARE(program.system.releases, 1);
+        program.system.wake();
+        QVERIFY(!program.delegate->isLockActive());
+        QVERIFY(program.system.held); // held again for the next sleep
+    }
+
+    void withLockOnWakeTheMachineSleepsOnlyOnceTheKeyboardIsHeld()
+    {
+        TestLibrary library;
+        configure(library,
+                  "<key>lockOnWake</key><true/><key>startAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.system.sleep();
+        QVERIFY(program.delegate->isLockActive());
+        QVERIFY(program.system.held); // the fade makes the window key on the next turn
+        program.scheduler.advance(0ms);
+        QVERIFY(program.shield.keyboard);
+        QVERIFY(!program.system.held);
+        QCOMPARE(program.system.releases, 1);
+    }
+
+    void aKeyboardHeldElsewhereKeepsTheMachineAwakeUntilItIsFree()
+    {
+        TestLibrary library;
+        configure(library,
+                  "<key>lockOnWake</key><true/><key>startAnimation</key><integer>1</integer>");
+        StartedProgram program(library.folder());
+        program.shield.keyboardFree = false;
+        program.system.sleep();
+        program.scheduler.advance(200ms);
+        QVERIFY(program.system.held);
+        program.shield.keyboardFree = true;
+        program.scheduler.advance(20ms);
+        QVERIFY(program.shield.keyboard);
+        QVERIFY(!program.system.held);
+    }
+
+    void sleepingWhileLockedLetsTheMachineSleepAtOnce()
+    {
+        TestLibrary library;
+        configure(library, "<key>lockOnWake</key><true/>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        program.system.sleep();
+        QVERIFY(!program.system.held);
+    }
+
+    void wakingWhileLockedClicksAgain()
+    {
+        TestLibrary library;
+        configure(library, "<key>lockOnWake</key><false/>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        const int clicks = program.pointer.clicks;
+        program.system.wake();
+        QCOMPARE(program.pointer.clicks, clicks + 1);
+    }
+
+    void anotherLockerEndsOurs()
+    {
+        TestLibrary library;
+        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        program.system.otherLocker();
+        QVERIFY(!program.delegate->isLockActive());
+    }
+
+    void withoutTheLoginManagerTheProgramRuns()
+    {
+        TestLibrary library;
+        configure(library, "<key>lockOnWake</key><true/>");
+        StartedProgram program(library.folder());
+        program.system.available = false;
+        program.system.held = false;
+        program.system.sleep();
+        program.scheduler.advance(1s);
+        QVERIFY(program.delegate->isLockActive()); // the signal, had it come, still locks
+        program.system.wake();
+        QVERIFY(!program.system.held);
+    }
+};
+
+QTEST_MAIN(TestSleepWake)
+#include "test_sleep_wake.moc"
