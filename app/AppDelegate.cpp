@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/DisplayPower.h"
 #include "app/LockSession.h"
 #include "input/WindowController.h"
 #include "lockscreen/LockImageView.h"
@@ -37,7 +38,9 @@
 AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     : QObject(parent), m_platform(std::move(platform)), m_settingsStore(m_platform.libraryFolder),
       m_passwordSetting(PasswordFile::pathIn(m_platform.libraryFolder), m_platform.dialogs),
-      m_matcher(m_platform.clock), m_window(std::make_unique<LockWindow>()),
+      m_matcher(m_platform.clock),
+      m_displayPower(std::make_unique<DisplayPower>(m_platform.brightness, m_platform.scripts)),
+      m_window(std::make_unique<LockWindow>()),
       m_setPassword(std::make_unique<FirstPasswordWindow>()),
       m_changePassword(std::make_unique<ChangePasswordFields>()), m_swingCall(m_platform.scheduler)
 {
@@ -76,7 +79,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_session = std::make_unique<LockSession>(
         LockSession::Services{m_platform.scheduler, m_platform.clock, m_platform.displays,
                               m_platform.shield, m_platform.pointer, m_platform.motion},
-        m_preferences, *m_window, *m_views);
+        m_preferences, *m_displayPower, *m_window, *m_views);
     m_windowController = new WindowController(*this, this);
     m_window->installEventFilter(m_windowController);
     connect(m_views->enterPassword(), &QLineEdit::returnPressed, this,
@@ -253,6 +256,11 @@ void AppDelegate::keyPressed(const QString& characters)
         else
             rotateLockRightKey(0);
         m_lastRotation = now;
+    }
+    // A display that went dark comes back with the first key, and its time-out starts again.
+    if (m_displayPower->displayDimmed()) {
+        m_displayPower->wakeDisplay();
+        m_session->armDisplayTimeout();
     }
     switch (m_matcher.keyPressed(characters, m_preferences.orderMatters)) {
     case PasswordMatcher::Outcome::Unlock:
@@ -451,4 +459,26 @@ void AppDelegate::wakeClick()
     if (isLockActive())
         simulateClick();
     m_platform.system.holdSleepDelay();
+}
+
+// --- Display power ------------------------------------------------------------------------
+
+void AppDelegate::changeBackBrightness()
+{
+    m_displayPower->changeBackBrightness();
+}
+
+bool AppDelegate::backBrightnessChanged() const
+{
+    return m_displayPower->backBrightnessChanged();
+}
+
+void AppDelegate::turnOffDisplay()
+{
+    m_session->turnOffDisplay();
+}
+
+void AppDelegate::getPreviousBrightness()
+{
+    m_displayPower->getPreviousBrightness();
 }

@@ -27,6 +27,7 @@ class WindowController;
 // The program's controller: it owns the windows, the tray icon, the in-memory settings and the
 // session, and hands each piece of work to the component that owns it.
 class ChangePasswordFields;
+class DisplayPower;
 
 class AppDelegate : public QObject
 {
@@ -78,8 +79,12 @@ public:
 
     // --- Display power --------------------------------------------------------------------
     // Marks the brightness as touched from outside (a read of the mail count does it).
-    void changeBackBrightness() { m_backBrightnessChanged = true; }
-    bool backBrightnessChanged() const { return m_backBrightnessChanged; }
+    void changeBackBrightness();
+    bool backBrightnessChanged() const;
+    void turnOffDisplay();
+    void getPreviousBrightness();
+    float getLockBrightness() const { return m_preferences.lockBrightness; }
+    DisplayPower* displayPower() const { return m_displayPower.get(); }
 
     // --- Password and keys ----------------------------------------------------------------
     // Every key typed on the lock screen, as the characters it types.
@@ -134,6 +139,7 @@ private:
     PasswordMatcher m_matcher;
     KeySequence m_keySequence;
 
+    std::unique_ptr<DisplayPower> m_displayPower;
     std::unique_ptr<LockWindow> m_window;
     std::unique_ptr<LockScreenViews> m_views;
     std::unique_ptr<LockSession> m_session;
@@ -149,7 +155,6 @@ private:
     TimerSlot m_swingCall;
     double m_lastRotation = 0;
     bool m_noBattery = false;
-    bool m_backBrightnessChanged = false;
     // The URL of the user's own lock image, as loaded at start-up.
     std::optional<QString> m_lockImageURL;
 };

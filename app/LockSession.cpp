@@ -1,5 +1,6 @@
 #include "app/LockSession.h"
 
+#include "app/DisplayPower.h"
 #include "input/PasswordBuffer.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
@@ -18,14 +19,15 @@
 
 using namespace std::chrono_literals;
 
-LockSession::LockSession(Services services, const Preferences& preferences, LockWindow& window,
-                         LockScreenViews& views)
-    : m_services(services), m_preferences(preferences), m_window(window), m_views(views),
-      m_timer(services.scheduler), m_timeoutTimeTimer(services.scheduler),
-      m_mailTimer(services.scheduler), m_musicTimer(services.scheduler),
-      m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
-      m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
-      m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler)
+LockSession::LockSession(Services services, const Preferences& preferences,
+                         DisplayPower& displayPower, LockWindow& window, LockScreenViews& views)
+    : m_services(services), m_preferences(preferences), m_displayPower(displayPower),
+      m_window(window), m_views(views), m_timer(services.scheduler),
+      m_timeoutTimeTimer(services.scheduler), m_mailTimer(services.scheduler),
+      m_musicTimer(services.scheduler), m_makeKeyCall(services.scheduler),
+      m_kioskCall(services.scheduler), m_circuitCall(services.scheduler),
+      m_closeCall(services.scheduler), m_unActiveCall(services.scheduler),
+      m_grabRetry(services.scheduler)
 {
 }
 
@@ -52,7 +54,29 @@ void LockSession::lock()
         return;
     m_lockActive = true;
     PasswordBuffer::setUnlocking(false);
+    if (m_preferences.timeout) {
+        armDisplayTimeout();
+        m_displayPower.getPreviousBrightness();
+    }
+    if (m_preferences.dimEnabled)
+        m_displayPower.dimApplescript(m_preferences.lockBrightness);
     openWindow();
+}
+
+void LockSession::armDisplayTimeout()
+{
+    // Minutes held as a float, worked out in single precision.
+    const float seconds = m_preferences.timeoutTime * 60.0f;
+    const auto delay = std::chrono::milliseconds(
+        seconds > 0 ? static_cast<qint64>(std::min(seconds, 2.0e9f / 1000.0f) * 1000.0f) : 0);
+    m_timeoutTimeTimer.arm(delay, [this] { turnOffDisplay(); });
+    m_timer.hold(m_timeoutTimeTimer);
+}
+
+void LockSession::turnOffDisplay()
+{
+    m_timeoutTimeTimer.invalidate();
+    m_displayPower.turnOffDisplay();
 }
 
 void LockSession::openWindow()
@@ -226,6 +250,12 @@ void LockSession::unlock()
     m_services.pointer.releasePressedButton();
     m_services.shield.releaseGrabs();
     m_timeoutTimeTimer.invalidate();
+    if (m_preferences.dimEnabled) {
+        m_displayPower.waitForDimming();
+        m_displayPower.restoreBrightness();
+    }
+    if (m_animateWasActive)
+        m_displayPower.runAnimateOn();
     closeWindow();
 }
 

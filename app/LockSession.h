@@ -10,6 +10,7 @@
 #include <vector>
 
 class Clock;
+class DisplayPower;
 class LockScreenViews;
 class LockWindow;
 class PointerInjector;
@@ -53,8 +54,8 @@ public:
     static constexpr std::chrono::milliseconds grabRetrySlow{250};
     static constexpr std::chrono::milliseconds grabRetryFastFor{1000};
 
-    LockSession(Services services, const Preferences& preferences, LockWindow& window,
-                LockScreenViews& views);
+    LockSession(Services services, const Preferences& preferences, DisplayPower& displayPower,
+                LockWindow& window, LockScreenViews& views);
     ~LockSession();
 
     void lock();
@@ -71,6 +72,9 @@ public:
     void actuallyCloseWindow();
     void unActive();
     void simulateClick();
+    // The display time-out: a fresh timer of the set minutes, in both timer fields.
+    void armDisplayTimeout();
+    void turnOffDisplay();
     void animateWasActive() { m_animateWasActive = true; }
     // Runs the callback once the lock window is up and holds the keyboard, at once when it
     // already does or when no lock is coming.
@@ -101,6 +105,7 @@ private:
 
     Services m_services;
     const Preferences& m_preferences;
+    DisplayPower& m_displayPower;
     LockWindow& m_window;
     LockScreenViews& m_views;
 

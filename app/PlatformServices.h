@@ -4,11 +4,13 @@
 
 class Clock;
 class Dialogs;
+class DisplayBrightness;
 class Displays;
 class GlobalHotKey;
 class PointerInjector;
 class PowerSources;
 class Scheduler;
+class ScriptRunner;
 class ScreenShield;
 class SystemEvents;
 class WindowMotion;
@@ -27,5 +29,7 @@ struct PlatformServices
     WindowMotion& motion;
     GlobalHotKey& hotKey;
     SystemEvents& system;
+    DisplayBrightness& brightness;
+    ScriptRunner& scripts;
     QString libraryFolder;
 };

@@ -4,12 +4,14 @@
 #include "lockscreen/WindowMotion.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "platform/DisplayBrightness.h"
 #include "platform/Displays.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
 #include "platform/LogindSystemEvents.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
+#include "platform/ScriptRunner.h"
 #include "platform/SessionBus.h"
 #include "platform/X11GlobalHotKey.h"
 #include "platform/X11ScreenShield.h"
@@ -57,6 +59,8 @@ int runProgram(int argc, char** argv)
     QtWindowMotion motion;
     X11GlobalHotKey hotKey;
     LogindSystemEvents system;
+    LinuxDisplayBrightness brightness;
+    ProcessScriptRunner scripts;
     if (!system.isAvailable())
         Log::line(QStringLiteral("locking before sleep is unavailable: logind cannot be reached "
                                  "on the system bus"));
@@ -64,7 +68,8 @@ int runProgram(int argc, char** argv)
     LibraryFolder::ensureExists(libraryFolder);
 
     AppDelegate delegate(PlatformServices{clock, scheduler, powerSources, displays, dialogs, shield,
-                                          pointer, motion, hotKey, system, libraryFolder});
+                                          pointer, motion, hotKey, system, brightness, scripts,
+                                          libraryFolder});
     switch (SessionBus::claim(delegate.scriptingInterface())) {
     case SessionBus::Claim::Claimed:
         break;

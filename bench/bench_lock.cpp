@@ -9,10 +9,12 @@
 #include "lockscreen/WindowMotion.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "platform/DisplayBrightness.h"
 #include "platform/Displays.h"
 #include "platform/LogindSystemEvents.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
+#include "platform/ScriptRunner.h"
 #include "platform/X11GlobalHotKey.h"
 #include "platform/X11ScreenShield.h"
 #include "settings/SettingsStore.h"
@@ -41,8 +43,11 @@ int main(int argc, char** argv)
     QtWindowMotion motion;
     X11GlobalHotKey hotKey;
     LogindSystemEvents system;
+    LinuxDisplayBrightness brightness;
+    ProcessScriptRunner scripts;
     AppDelegate delegate(PlatformServices{clock, scheduler, power, displays, dialogs, shield,
-                                          pointer, motion, hotKey, system, library.path()});
+                                          pointer, motion, hotKey, system, brightness, scripts,
+                                          library.path()});
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     app.processEvents();

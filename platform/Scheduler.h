@@ -52,6 +52,9 @@ public:
 
     void arm(std::chrono::milliseconds delay, Scheduler::Callback callback);
     void armRepeating(std::chrono::milliseconds interval, Scheduler::Callback callback);
+    // Takes another slot's timer as its own, letting go of the one it held without cancelling
+    // it: two slots may then name the same timer.
+    void hold(const TimerSlot& other) { m_id = other.m_id; }
     void invalidate();
     bool isArmed() const;
 

@@ -49,6 +49,7 @@ cat >"$library/settings.plist" <<'PLIST'
 </plist>
 PLIST
 before=$(sha256sum <"$library/properties.plist")
+: >"$RIG_DIR/tessarine.log"
 start_tessarine
 wait_until 5 tray_icon_embedded || fail "the tray icon was not embedded on the second start"
 sleep 1
@@ -56,4 +57,7 @@ shown=$(visible_windows_outside_tray)
 [ -z "$shown" ] || fail "the second start mapped windows: $shown"
 [ "$(sha256sum <"$library/properties.plist")" = "$before" ] || fail "the second start rewrote the options"
 kill -0 "$TESSARINE_PID" || fail "tessarine exited"
+# No login manager in the rig: said once, and the program runs on.
+[ "$(grep -c 'locking before sleep is unavailable' "$RIG_DIR/tessarine.log")" = 1 ] ||
+    fail "a missing login manager was not reported once: $(cat "$RIG_DIR/tessarine.log")"
 echo "PASS"

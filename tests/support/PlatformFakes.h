@@ -1,9 +1,13 @@
 #pragma once
 
 #include "lockscreen/WindowMotion.h"
+#include "platform/DisplayBrightness.h"
 #include "platform/GlobalHotKey.h"
+#include "platform/ScriptRunner.h"
+
 #include "platform/ScreenShield.h"
 #include "platform/SystemEvents.h"
+#include <mutex>
 
 #include <QList>
 #include <QPoint>
@@ -136,4 +140,57 @@ public:
     void sleep() { emit willSleep(); }
     void wake() { emit didWake(); }
     void otherLocker() { emit screenLocked(); }
+};
+
+// A display whose brightness is a number, with every change kept in order.
+class FakeBrightness final : public DisplayBrightness
+{
+public:
+    std::optional<float> brightness() const override
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_level;
+    }
+    void setBrightness(float level) override
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_level = level;
+        m_changes.append(level);
+    }
+    void set(std::optional<float> level)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_level = level;
+    }
+    QList<float> changes() const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_changes;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::optional<float> m_level = 0.8f;
+    QList<float> m_changes;
+};
+
+// Records the scripts run, in order.
+class FakeScripts final : public ScriptRunner
+{
+public:
+    void runAndWait(const QString& name) override
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_runs.append(name);
+    }
+    void start(const QString& name) override { runAndWait(name); }
+    QStringList runs() const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_runs;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    QStringList m_runs;
 };

@@ -22,9 +22,9 @@ struct StartedProgram
         // A new process: the state kept for the process's life starts afresh.
         PasswordBuffer::setUnlocking(false);
         PasswordBuffer::setLastNudgeTime(0);
-        delegate = std::make_unique<AppDelegate>(PlatformServices{clock, scheduler, power, displays,
-                                                                  dialogs, shield, pointer, motion,
-                                                                  hotKey, system, folder});
+        delegate = std::make_unique<AppDelegate>(
+            PlatformServices{clock, scheduler, power, displays, dialogs, shield, pointer, motion,
+                             hotKey, system, brightness, scripts, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -39,5 +39,7 @@ struct StartedProgram
     RecordingMotion motion;
     FakeHotKey hotKey;
     FakeSystemEvents system;
+    FakeBrightness brightness;
+    FakeScripts scripts;
     std::unique_ptr<AppDelegate> delegate;
 };

@@ -1,0 +1,64 @@
+#include "app/DisplayPower.h"
+
+#include "platform/DisplayBrightness.h"
+#include "platform/Log.h"
+#include "platform/ScriptRunner.h"
+
+DisplayPower::DisplayPower(DisplayBrightness& display, ScriptRunner& scripts)
+    : m_display(display), m_scripts(scripts)
+{
+}
+
+DisplayPower::~DisplayPower()
+{
+    waitForDimming();
+}
+
+void DisplayPower::getPreviousBrightness()
+{
+    // A failed reading leaves the value from before.
+    if (const auto level = m_display.brightness())
+        m_savedBrightness = *level;
+}
+
+void DisplayPower::turnOffDisplay()
+{
+    Log::line(QString::fromLatin1(turningOffLine));
+    m_displayDimmed = true;
+    m_display.setBrightness(0.0f);
+}
+
+void DisplayPower::wakeDisplay()
+{
+    m_display.setBrightness(m_savedBrightness);
+    m_displayDimmed = false;
+}
+
+void DisplayPower::dimApplescript(float lockBrightness)
+{
+    waitForDimming();
+    m_dimming = std::thread([this, lockBrightness] {
+        m_backBrightnessChanged = false;
+        if (const auto level = m_display.brightness())
+            setBrightness(*level);
+        m_scripts.runAndWait(QStringLiteral("animateOn"));
+        m_scripts.runAndWait(QStringLiteral("Tessarine"));
+        m_display.setBrightness(lockBrightness);
+    });
+}
+
+void DisplayPower::restoreBrightness()
+{
+    m_display.setBrightness(m_brightness);
+}
+
+void DisplayPower::runAnimateOn()
+{
+    m_scripts.start(QStringLiteral("animateOn"));
+}
+
+void DisplayPower::waitForDimming()
+{
+    if (m_dimming.joinable())
+        m_dimming.join();
+}
