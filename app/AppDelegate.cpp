@@ -151,8 +151,8 @@ void AppDelegate::loadPassword()
 void AppDelegate::saveNewPassword()
 {
     const QString password = m_setPassword->firstPassword()->text();
-    switch (m_passwordSetting.saveNewPassword(password,
-                                              m_setPassword->firstPasswordConfirm()->text())) {
+    switch (m_passwordSetting.saveNewPassword(
+        password, m_setPassword->firstPasswordConfirm()->text(), m_setPassword.get())) {
     case PasswordSetting::FirstTimeStep::Mismatch:
         return;
     case PasswordSetting::FirstTimeStep::AskAboutEmpty:
@@ -179,7 +179,7 @@ void AppDelegate::savePassword()
     ChangePasswordFields& fields = *m_changePassword;
     const auto result =
         m_passwordSetting.savePassword(fields.oldPassword()->text(), fields.nextPassword()->text(),
-                                       fields.confirmNewPassword()->text());
+                                       fields.confirmNewPassword()->text(), fields.window());
     if (result != PasswordSetting::ChangeResult::Saved)
         return;
     fields.clearFields();

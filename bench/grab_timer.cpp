@@ -5,6 +5,10 @@
 //   grab_timer click X Y       a left click at X,Y; time from the button's release to grabbed
 //   grab_timer keys KEYSYM...  types the keys; time from the last key's press to released
 //   grab_timer exec CMD ARG... starts CMD; time from fork to grabbed, then CMD is ended
+//   grab_timer run CMD ARG...  the same, but CMD is left to end by itself
+//   grab_timer chord KEYSYM... holds the keys down in order and taps the last one; time from its
+//                              press to grabbed. The tap's own passive grab (the hot key's) is
+//                              waited out first; then the modifiers are let go
 //
 // Prints the time in milliseconds, or "timeout" after 5 s.
 #include <xcb/xcb.h>
@@ -19,6 +23,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -127,7 +132,38 @@ int main(int argc, char** argv)
         }
         xcb_key_symbols_free(symbols);
         report(waitForFocus(helper, XCB_FOCUS_IN, XCB_NOTIFY_MODE_UNGRAB, 5), start);
-    } else if (mode == "exec" && argc >= 3) {
+    } else if (mode == "chord" && argc >= 3) {
+        const xcb_window_t helper = focusedHelper();
+        xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(c);
+        std::vector<xcb_keycode_t> held;
+        for (int i = 2; i < argc; ++i) {
+            xcb_keycode_t* codes = xcb_key_symbols_get_keycode(
+                symbols, xcb_keysym_t(std::strtoul(argv[i], nullptr, 0)));
+            if (!codes)
+                return 2;
+            held.push_back(codes[0]);
+            std::free(codes);
+        }
+        xcb_key_symbols_free(symbols);
+        const xcb_keycode_t last = held.back();
+        held.pop_back();
+        for (xcb_keycode_t code : held) {
+            xcb_test_fake_input(c, XCB_KEY_PRESS, code, XCB_CURRENT_TIME, screen->root, 0, 0, 0);
+            xcb_flush(c);
+            usleep(5000);
+        }
+        xcb_test_fake_input(c, XCB_KEY_PRESS, last, XCB_CURRENT_TIME, screen->root, 0, 0, 0);
+        xcb_test_fake_input(c, XCB_KEY_RELEASE, last, XCB_CURRENT_TIME, screen->root, 0, 0, 0);
+        xcb_flush(c);
+        const auto start = Clock::now();
+        // The passive grab of the shortcut takes the keyboard at the press and gives it back at
+        // the release; the lock's own grab comes after.
+        const bool passive = waitForFocus(helper, XCB_FOCUS_IN, XCB_NOTIFY_MODE_UNGRAB, 5);
+        report(passive && waitForFocus(helper, XCB_FOCUS_OUT, XCB_NOTIFY_MODE_GRAB, 5), start);
+        for (auto it = held.rbegin(); it != held.rend(); ++it)
+            xcb_test_fake_input(c, XCB_KEY_RELEASE, *it, XCB_CURRENT_TIME, screen->root, 0, 0, 0);
+        xcb_flush(c);
+    } else if ((mode == "exec" || mode == "run") && argc >= 3) {
         const xcb_window_t helper = focusedHelper();
         const auto start = Clock::now();
         const pid_t child = fork();
@@ -136,7 +172,8 @@ int main(int argc, char** argv)
             _exit(127);
         }
         report(waitForFocus(helper, XCB_FOCUS_OUT, XCB_NOTIFY_MODE_GRAB, 5), start);
-        kill(child, SIGTERM);
+        if (mode == "exec")
+            kill(child, SIGTERM);
         waitpid(child, nullptr, 0);
     } else {
         return 2;

@@ -11,15 +11,16 @@ runs=${BENCH_RUNS:-30}
 source "$root/tests/rig/desktop.sh"
 desktop_start 1920x1080
 fake_power_supply
-library=$XDG_CONFIG_HOME/tessarine
-mkdir -p "$library"
-# A configured profile: both files present, so a start shows nothing but the tray icon.
-printf '%s\n' '<?xml version="1.0" encoding="UTF-8"?>' '<plist version="1.0">' \
-    '<array><string>a</string></array>' '</plist>' >"$library/settings.plist"
-"$TESSARINE" >/dev/null 2>&1 & first=$!
-wait_until 10 test -f "$library/properties.plist"
-sleep 0.5
-kill "$first"; wait "$first" 2>/dev/null || true
+# A configured profile: both files present, so a start shows nothing but the tray icon. The
+# password is "a"; the lock closes without movement; the hot key is Super+Alt+L.
+write_password a
+write_options "<key>showMusic</key><true/><key>showTime</key><true/>
+<key>showBattery</key><true/><key>showDoNotDisturb</key><true/><key>showShutDown</key><true/>
+<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>
+<key>useShortcut</key><true/><key>shortcutModifier1</key><integer>0</integer>
+<key>shortcutModifier2</key><integer>256</integer><key>shortcutModifier3</key><integer>2048</integer>
+<key>shortcutKey</key><integer>37</integer><key>shortcutString</key><string>L</string>
+<key>closeAnimation</key><integer>0</integer>"
 
 stats() { # prints median, min, max of the numbers on stdin
     sort -g | awk '{v[NR]=$1} END {m = (NR % 2) ? v[(NR+1)/2] : (v[NR/2] + v[NR/2+1]) / 2;
@@ -61,7 +62,26 @@ for ((run = 0; run < runs; run++)); do
     "$grab" keys 0x61 >>"$RIG_DIR/release.txt"
     sleep 0.5
 done
+# The command line and the hot key, with the same running program: from the start of
+# `tessarine lock` (a process of its own that asks the running one over D-Bus) and from the
+# press of L with Super and Alt held, to the keyboard grabbed.
+: >"$RIG_DIR/command.txt"
+: >"$RIG_DIR/hotkey.txt"
+for ((run = 0; run < runs; run++)); do
+    "$grab" run "$TESSARINE" lock >>"$RIG_DIR/command.txt"
+    sleep 0.6
+    "$grab" keys 0x61 >/dev/null
+    sleep 0.5
+    "$grab" chord 0xffeb 0xffe9 0x6c >>"$RIG_DIR/hotkey.txt"
+    sleep 0.6
+    "$grab" keys 0x61 >/dev/null
+    sleep 0.5
+done
 kill "$locker"; wait "$locker" 2>/dev/null || true
+read -r command_median command_min command_max < <(grep -v timeout "$RIG_DIR/command.txt" | stats)
+read -r hotkey_median hotkey_min hotkey_max < <(grep -v timeout "$RIG_DIR/hotkey.txt" | stats)
+command_timeouts=$(grep -c timeout "$RIG_DIR/command.txt" || true)
+hotkey_timeouts=$(grep -c timeout "$RIG_DIR/hotkey.txt" || true)
 read -r click_median click_min click_max < <(grep -v timeout "$RIG_DIR/click.txt" | stats)
 read -r release_median release_min release_max < <(grep -v timeout "$RIG_DIR/release.txt" | stats)
 click_timeouts=$(grep -c timeout "$RIG_DIR/click.txt" || true)
@@ -100,6 +120,8 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "| \`lock\` in the program to keyboard grabbed | $lock_median ms | $lock_min to $lock_max ms | 5 ms | $runs |"
     echo "| Last password key to keyboard released | $release_median ms | $release_min to $release_max ms | 5 ms | $runs ($release_timeouts timed out) |"
     echo "| Last key matched to keyboard released, in the program | $unlock_median ms | $unlock_min to $unlock_max ms | 5 ms | $runs |"
+    echo "| \`tessarine lock\`, process start to keyboard grabbed | $command_median ms | $command_min to $command_max ms | half of i3lock's | $runs ($command_timeouts timed out) |"
+    echo "| Hot key (Super+Alt+L) press to keyboard grabbed | $hotkey_median ms | $hotkey_min to $hotkey_max ms | 5 ms | $runs ($hotkey_timeouts timed out) |"
     echo "| i3lock -n, process start to keyboard grabbed (peer) | $i3_median ms | $i3_min to $i3_max ms | | $runs |"
     echo
     echo "## Method"
@@ -121,6 +143,8 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "  call of \`lock\` until the keyboard grab has succeeded (one turn of the event loop), and"
     echo "  around the matching of the last key until the grabs are released."
     echo "- i3lock (Debian's package) is timed the same way as a peer: from fork until the focused"
-    echo "  window loses the keyboard."
+    echo "  window loses the keyboard. \`tessarine lock\` is timed the same way: a new process that"
+    echo "  asks the running Tessarine over the session bus, which then locks."
+    echo "- Hot key: Super and Alt are pressed with XTest, then L; the time runs from the press of L."
 } >"$report"
 cat "$report"

@@ -16,10 +16,11 @@ void PasswordSetting::confirmSaved()
 }
 
 PasswordSetting::FirstTimeStep PasswordSetting::saveNewPassword(const QString& password,
-                                                                const QString& confirmation)
+                                                                const QString& confirmation,
+                                                                QWidget* window)
 {
     if (password != confirmation) {
-        m_dialogs.showAlert(QString::fromLatin1(mismatchFirstTime));
+        m_dialogs.showAlert(QString::fromLatin1(mismatchFirstTime), window);
         return FirstTimeStep::Mismatch;
     }
     if (password.isEmpty())
@@ -30,14 +31,15 @@ PasswordSetting::FirstTimeStep PasswordSetting::saveNewPassword(const QString& p
 
 PasswordSetting::ChangeResult PasswordSetting::savePassword(const QString& oldPassword,
                                                             const QString& next,
-                                                            const QString& confirmation)
+                                                            const QString& confirmation,
+                                                            QWidget* window)
 {
     if (oldPassword != PasswordBuffer::joined()) {
-        m_dialogs.showAlert(QString::fromLatin1(wrongOldPassword));
+        m_dialogs.showAlert(QString::fromLatin1(wrongOldPassword), window);
         return ChangeResult::WrongOldPassword;
     }
     if (next != confirmation) {
-        m_dialogs.showAlert(QString::fromLatin1(mismatchChange));
+        m_dialogs.showAlert(QString::fromLatin1(mismatchChange), window);
         return ChangeResult::Mismatch;
     }
     // An empty new password is accepted here without a question.

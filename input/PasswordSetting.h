@@ -3,6 +3,7 @@
 #include <QString>
 
 class Dialogs;
+class QWidget;
 
 // Setting the password: the first-time flow of the first-password window and the change flow
 // that asks for the old password. Both rebuild the password buffer from what was typed, write the
@@ -31,7 +32,9 @@ public:
     };
     // The first check of the first-time flow; on Saved the password is already written and the
     // success alert is the caller's last step.
-    FirstTimeStep saveNewPassword(const QString& password, const QString& confirmation);
+    // Alerts about the fields belong to the window they are in.
+    FirstTimeStep saveNewPassword(const QString& password, const QString& confirmation,
+                                  QWidget* window = nullptr);
 
     enum class ChangeResult
     {
@@ -40,7 +43,7 @@ public:
         Saved
     };
     ChangeResult savePassword(const QString& oldPassword, const QString& next,
-                              const QString& confirmation);
+                              const QString& confirmation, QWidget* window = nullptr);
 
     // Rebuilds the buffer from the text, writes the file (mode 0600); the result of the write is
     // not reported.

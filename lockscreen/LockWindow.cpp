@@ -7,9 +7,9 @@ LockWindow::LockWindow(QWidget* parent)
                           Qt::WindowStaysOnTopHint)
 {
     setObjectName(QStringLiteral("window"));
-    // Modal to the whole program: an alert left open (a confirmation, say) must never block the
-    // keys typed on the lock screen; while locked it is the alert that waits.
-    setWindowModality(Qt::ApplicationModal);
+    // Shown without taking the focus: the focus comes after the keyboard grab, never before, so
+    // that no key can slip to another window in between.
+    setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QStringLiteral("Tessarine lock screen"));
     setAutoFillBackground(true);
     QPalette background = palette();

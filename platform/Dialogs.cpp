@@ -4,13 +4,15 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-void QtDialogs::showAlert(const QString& message)
+void QtDialogs::showAlert(const QString& message, QWidget* window)
 {
-    QMessageBox box;
-    box.setWindowTitle(QStringLiteral("Tessarine"));
-    box.setText(message);
-    box.setObjectName(QStringLiteral("alert"));
-    box.exec();
+    auto* box = new QMessageBox(window);
+    box->setWindowTitle(QStringLiteral("Tessarine"));
+    box->setText(message);
+    box->setObjectName(QStringLiteral("alert"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(window ? Qt::WindowModal : Qt::NonModal);
+    box->show();
 }
 
 void QtDialogs::askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,

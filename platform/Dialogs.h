@@ -7,8 +7,12 @@
 
 class QWidget;
 
-// Alerts. A plain alert is application-modal; a question asked as a sheet is modal to its window
-// only and answers through a callback with 1000 for the first button, 1001 for the second.
+// Alerts. A plain alert is modal to the window it belongs to (none when it belongs to none); a
+// question asked as a sheet is modal to its window and answers through a callback with 1000 for
+// the first button, 1001 for the second.
+//
+// Security: no alert is ever modal to the whole program, because a lock that comes up while it
+// is open would then be blocked, and its keys with it.
 class Dialogs
 {
 public:
@@ -16,7 +20,7 @@ public:
     static constexpr int secondButton = 1001;
 
     virtual ~Dialogs() = default;
-    virtual void showAlert(const QString& message) = 0;
+    virtual void showAlert(const QString& message, QWidget* window = nullptr) = 0;
     virtual void askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
                             std::function<void(int)> answered) = 0;
 };
@@ -24,7 +28,7 @@ public:
 class QtDialogs final : public Dialogs
 {
 public:
-    void showAlert(const QString& message) override;
+    void showAlert(const QString& message, QWidget* window = nullptr) override;
     void askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
                     std::function<void(int)> answered) override;
 };

@@ -49,10 +49,11 @@ X11ScreenShield::~X11ScreenShield()
 
 bool X11ScreenShield::makeKey(QWidget* window)
 {
-    window->raise();
-    window->activateWindow();
-    if (!m_connection)
+    if (!m_connection) {
+        window->raise();
+        window->activateWindow();
         return false;
+    }
     const xcb_window_t id = nativeId(window);
     const uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(m_connection, id, XCB_CONFIG_WINDOW_STACK_MODE, &above);
@@ -65,6 +66,8 @@ bool X11ScreenShield::makeKey(QWidget* window)
                                 nullptr));
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
+    window->raise();
+    window->activateWindow();
     m_keyboardGrabbed = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
     return m_keyboardGrabbed;
 }

@@ -68,7 +68,7 @@ public:
     QStringList questionButtons;
     std::function<void(int)> pendingAnswer;
 
-    void showAlert(const QString& message) override { alerts.append(message); }
+    void showAlert(const QString& message, QWidget* = nullptr) override { alerts.append(message); }
     void askAsSheet(QWidget*, const QString& message, const QStringList& buttons,
                     std::function<void(int)> answered) override
     {

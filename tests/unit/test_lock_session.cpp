@@ -5,8 +5,11 @@
 #include "input/PasswordFile.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
+#include "platform/Dialogs.h"
 #include "platform/Log.h"
+#include "ui/FirstPasswordWindow.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -313,15 +316,17 @@ private slots:
         TestLibrary library;
         library.writeProperties("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder()); // no password: any key unlocks
-        QMessageBox alert(QMessageBox::Information, "Tessarine", "Password saved successfully!");
-        alert.setWindowModality(Qt::ApplicationModal);
-        alert.show();
+        QtDialogs dialogs;
+        dialogs.showAlert("Password saved successfully!");
+        dialogs.showAlert("Passwords do not match.", program.delegate->setPassword());
         program.delegate->lock();
         program.scheduler.advance(1s);
         QKeyEvent key(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier, "x");
         QCoreApplication::sendEvent(program.delegate->window()->windowHandle(), &key);
         QVERIFY(!program.delegate->isLockActive());
-        alert.hide();
+        for (QWidget* alert : QApplication::topLevelWidgets())
+            if (qobject_cast<QMessageBox*>(alert))
+                alert->close();
     }
 
     void theClockShowsTheTimeOnlyWhenChosen()
