@@ -12,9 +12,8 @@ write_options "<key>lockOnWake</key><true/><key>closeAnimation</key><integer>0</
 
 start_tessarine
 wait_until 5 tray_icon_embedded || fail "no tray icon"
-wait_until 5 test "$(logind_count inhibited)" -ge 1 || fail "no sleep inhibitor was taken"
-
 more_than() { test "$(logind_count "$1")" -gt "$2"; }
+wait_until 5 more_than inhibited 0 || fail "no sleep inhibitor was taken"
 for ((trial = 1; trial <= trials; trial++)); do
     released=$(logind_count released)
     inhibited=$(logind_count inhibited)
