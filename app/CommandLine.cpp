@@ -1,93 +1,162 @@
 #include "app/CommandLine.h"
 
-#include "triggers/ScriptingInterface.h"
+#include <dbus/dbus.h>
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusVariant>
-#include <QTextStream>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 
 #ifndef TESSARINE_VERSION
 #define TESSARINE_VERSION "0"
 #endif
 
-CommandLine::Request CommandLine::parse(const QStringList& arguments)
+namespace {
+
+constexpr const char* serviceName = "org.tessarine.Tessarine";
+constexpr const char* objectPath = "/org/tessarine/Tessarine";
+constexpr const char* interfaceName = "org.tessarine.Tessarine";
+
+bool wholeNumber(const std::string& text, int& value)
+{
+    if (text.empty())
+        return false;
+    errno = 0;
+    char* end = nullptr;
+    const long parsed = std::strtol(text.c_str(), &end, 10);
+    if (errno != 0 || *end != '\0' || parsed < INT_MIN || parsed > INT_MAX)
+        return false;
+    value = static_cast<int>(parsed);
+    return true;
+}
+
+// Frees what libdbus hands out, on every path.
+struct Connection
+{
+    DBusConnection* bus = nullptr;
+    ~Connection()
+    {
+        if (bus)
+            dbus_connection_unref(bus);
+    }
+};
+struct Message
+{
+    DBusMessage* message = nullptr;
+    ~Message()
+    {
+        if (message)
+            dbus_message_unref(message);
+    }
+};
+struct Error
+{
+    DBusError error;
+    Error() { dbus_error_init(&error); }
+    ~Error() { dbus_error_free(&error); }
+};
+
+} // namespace
+
+CommandLine::Request CommandLine::parse(const std::vector<std::string>& arguments)
 {
     Request request;
-    const QStringList words = arguments.mid(1);
-    if (words.isEmpty())
+    if (arguments.size() < 2)
         return request;
-    const QString& first = words.first();
-    if (first == QLatin1String("--help") || first == QLatin1String("-h") ||
-        first == QLatin1String("help")) {
+    const std::string& first = arguments[1];
+    const size_t words = arguments.size() - 1;
+    if (first == "--help" || first == "-h" || first == "help") {
         request.action = Action::Help;
-    } else if (first == QLatin1String("--version") || first == QLatin1String("-v")) {
+    } else if (first == "--version" || first == "-v") {
         request.action = Action::Version;
-    } else if (first == QLatin1String("lock") && words.size() == 1) {
+    } else if (first == "lock" && words == 1) {
         request.action = Action::Lock;
-    } else if (first == QLatin1String("mail") && words.size() == 2) {
-        bool ok = false;
-        request.mailCount = words.at(1).toInt(&ok);
-        request.action = ok ? Action::Mail : Action::Invalid;
-        if (!ok)
-            request.error =
-                QStringLiteral("tessarine: mail wants a whole number, not \"%1\"").arg(words.at(1));
+    } else if (first == "mail" && words == 2) {
+        if (wholeNumber(arguments[2], request.mailCount)) {
+            request.action = Action::Mail;
+        } else {
+            request.action = Action::Invalid;
+            request.error = "tessarine: mail wants a whole number, not \"" + arguments[2] + "\"";
+        }
     } else {
+        std::string all;
+        for (size_t i = 1; i < arguments.size(); ++i)
+            all += (i > 1 ? " " : "") + arguments[i];
         request.action = Action::Invalid;
-        request.error = QStringLiteral("tessarine: unknown command \"%1\"").arg(words.join(' '));
+        request.error = "tessarine: unknown command \"" + all + "\"";
     }
     return request;
 }
 
-QString CommandLine::helpText()
+CommandLine::Request CommandLine::parse(int argc, char** argv)
 {
-    return QStringLiteral(
-        "Usage: tessarine [COMMAND]\n"
-        "A screen locker that lives in the system tray.\n"
-        "\n"
-        "With no command, starts Tessarine (once per session).\n"
-        "\n"
-        "Commands, for the Tessarine already running in this session:\n"
-        "  lock        lock the screen now\n"
-        "  mail N      report N unread mails for the lock screen's mail badge\n"
-        "\n"
-        "Options:\n"
-        "  -h, --help     show this help and exit\n"
-        "  -v, --version  show the version and exit\n"
-        "\n"
-        "The same requests can be made over D-Bus: set the int32 property \"lock\" (to 1) or\n"
-        "\"mail\" of org.tessarine.Tessarine on /org/tessarine/Tessarine, interface\n"
-        "org.tessarine.Tessarine, on the session bus.\n");
+    return parse(std::vector<std::string>(argv, argv + argc));
 }
 
-QString CommandLine::versionText()
+std::string CommandLine::helpText()
 {
-    return QStringLiteral("tessarine %1\n").arg(QLatin1String(TESSARINE_VERSION));
+    return "Usage: tessarine [COMMAND]\n"
+           "A screen locker that lives in the system tray.\n"
+           "\n"
+           "With no command, starts Tessarine (once per session).\n"
+           "\n"
+           "Commands, for the Tessarine already running in this session:\n"
+           "  lock        lock the screen now\n"
+           "  mail N      report N unread mails for the lock screen's mail badge\n"
+           "\n"
+           "Options:\n"
+           "  -h, --help     show this help and exit\n"
+           "  -v, --version  show the version and exit\n"
+           "\n"
+           "The same requests can be made over D-Bus: set the int32 property \"lock\" (to 1) or\n"
+           "\"mail\" of org.tessarine.Tessarine on /org/tessarine/Tessarine, interface\n"
+           "org.tessarine.Tessarine, on the session bus.\n";
 }
 
-int CommandLine::send(const Request& request, QTextStream& errors)
+std::string CommandLine::versionText()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
-        errors << "tessarine: cannot reach the session bus: " << bus.lastError().message() << "\n";
+    return std::string("tessarine ") + TESSARINE_VERSION + "\n";
+}
+
+int CommandLine::send(const Request& request, std::string& errors)
+{
+    Error error;
+    Connection connection;
+    connection.bus = dbus_bus_get_private(DBUS_BUS_SESSION, &error.error);
+    if (!connection.bus) {
+        errors = std::string("tessarine: cannot reach the session bus: ") +
+                 (error.error.message ? error.error.message : "unknown error") + "\n";
         return 1;
     }
-    const QString service = QString::fromLatin1(ScriptingInterface::serviceName);
-    if (!bus.interface()->isServiceRegistered(service)) {
-        errors << "tessarine: Tessarine is not running in this session\n";
+    dbus_connection_set_exit_on_disconnect(connection.bus, FALSE);
+    const bool running = dbus_bus_name_has_owner(connection.bus, serviceName, &error.error);
+    if (!running) {
+        errors = "tessarine: Tessarine is not running in this session\n";
+        dbus_connection_close(connection.bus);
         return 1;
     }
-    const bool lock = request.action == CommandLine::Action::Lock;
-    QDBusMessage set = QDBusMessage::createMethodCall(
-        service, QString::fromLatin1(ScriptingInterface::objectPath),
-        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
-    set << QString::fromLatin1(ScriptingInterface::interfaceName)
-        << (lock ? QStringLiteral("lock") : QStringLiteral("mail"))
-        << QVariant::fromValue(QDBusVariant(lock ? 1 : request.mailCount));
-    const QDBusMessage reply = bus.call(set);
-    if (reply.type() == QDBusMessage::ErrorMessage) {
-        errors << "tessarine: " << reply.errorMessage() << "\n";
+    const bool lock = request.action == Action::Lock;
+    Message call;
+    call.message = dbus_message_new_method_call(serviceName, objectPath,
+                                                "org.freedesktop.DBus.Properties", "Set");
+    const char* interface = interfaceName;
+    const char* property = lock ? "lock" : "mail";
+    const dbus_int32_t value = lock ? 1 : request.mailCount;
+    DBusMessageIter arguments;
+    DBusMessageIter variant;
+    dbus_message_iter_init_append(call.message, &arguments);
+    dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &interface);
+    dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &property);
+    dbus_message_iter_open_container(&arguments, DBUS_TYPE_VARIANT, DBUS_TYPE_INT32_AS_STRING,
+                                     &variant);
+    dbus_message_iter_append_basic(&variant, DBUS_TYPE_INT32, &value);
+    dbus_message_iter_close_container(&arguments, &variant);
+    Message reply;
+    reply.message =
+        dbus_connection_send_with_reply_and_block(connection.bus, call.message, 5000, &error.error);
+    dbus_connection_close(connection.bus);
+    if (!reply.message) {
+        errors = std::string("tessarine: ") +
+                 (error.error.message ? error.error.message : "no answer") + "\n";
         return 1;
     }
     return 0;

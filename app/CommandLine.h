@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
-
-class QTextStream;
+#include <string>
+#include <vector>
 
 // The command line of the tessarine binary. With no command it runs the program; `lock` and
 // `mail N` ask the program already running in this session, over the session bus.
+//
+// Written without Qt: `tessarine lock` loads nothing but the D-Bus library, so it locks a few
+// milliseconds after it starts, from a terminal, a script or an ssh login.
 class CommandLine
 {
 public:
@@ -24,14 +25,16 @@ public:
     {
         Action action = Action::Run;
         int mailCount = 0;
-        QString error;
+        std::string error;
     };
 
-    static Request parse(const QStringList& arguments);
-    static QString helpText();
-    static QString versionText();
+    static Request parse(const std::vector<std::string>& arguments);
+    static Request parse(int argc, char** argv);
+    static std::string helpText();
+    static std::string versionText();
 
     // Sends a lock or mail request to the running program. Returns the process's exit code: 0
-    // when the request was delivered, 1 when no program runs or the bus cannot be reached.
-    static int send(const Request& request, QTextStream& errors);
+    // when the request was delivered, 1 when no program runs or the bus cannot be reached; says
+    // why on `errors`.
+    static int send(const Request& request, std::string& errors);
 };

@@ -1,110 +1,84 @@
-#include "app/AppDelegate.h"
+// The tessarine binary: the command line, and the door to the tray program.
+//
+// It links no Qt. `tessarine lock` and `tessarine mail N` talk to the running program over the
+// session bus with libdbus and end; with no command, the tray program is loaded from its module
+// and run.
 #include "app/CommandLine.h"
-#include "input/KeyListener.h"
-#include "lockscreen/WindowMotion.h"
-#include "platform/Clock.h"
-#include "platform/Dialogs.h"
-#include "platform/DisplayBrightness.h"
-#include "platform/Displays.h"
-#include "platform/LibraryFolder.h"
-#include "platform/Log.h"
-#include "platform/LogindSystemEvents.h"
-#include "platform/PowerSources.h"
-#include "platform/Scheduler.h"
-#include "platform/ScriptRunner.h"
-#include "platform/SessionBus.h"
-#include "platform/X11GlobalHotKey.h"
-#include "platform/X11ScreenShield.h"
-#include "triggers/ScriptingInterface.h"
 
-#include <QCoreApplication>
-#include <QStringList>
-#include <QTextStream>
+#include <dlfcn.h>
+#include <limits.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 
 namespace {
 
-QStringList argumentsOf(int argc, char** argv)
+std::string folderOfThisBinary()
 {
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments << QString::fromLocal8Bit(argv[i]);
-    return arguments;
+    char path[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof(path) - 1);
+    if (length <= 0)
+        return ".";
+    path[length] = '\0';
+    std::string text(path);
+    const size_t slash = text.rfind('/');
+    return slash == std::string::npos ? "." : text.substr(0, slash);
 }
 
-// `tessarine lock` and `tessarine mail N` need no display: they work from a terminal or over ssh.
-int sendToRunningProgram(int argc, char** argv, const CommandLine::Request& request)
-{
-    QCoreApplication app(argc, argv);
-    QTextStream errors(stderr);
-    return CommandLine::send(request, errors);
-}
-
+// Beside the binary in the build tree; in <prefix>/lib/tessarine once installed.
 int runProgram(int argc, char** argv)
 {
-    KeyListener app(argc, argv);
-    if (SessionBus::isTaken()) {
-        std::fprintf(stderr, "tessarine: Tessarine is already running in this session\n");
-        return 0;
+    const std::string folder = folderOfThisBinary();
+    std::string candidates[] = {
+        folder + "/tessarine-program.so",
+        folder + "/../lib/tessarine/tessarine-program.so",
+    };
+    if (const char* moved = std::getenv("TESSARINE_PROGRAM_MODULE"))
+        candidates[1] = candidates[0], candidates[0] = moved;
+    std::string errors;
+    for (const std::string& path : candidates) {
+        void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!module) {
+            errors += std::string("  ") + ::dlerror() + "\n";
+            continue;
+        }
+        using Run = int (*)(int, char**);
+        auto run = reinterpret_cast<Run>(::dlsym(module, "tessarine_run_program"));
+        if (!run) {
+            errors += "  " + path + ": not a Tessarine program module\n";
+            continue;
+        }
+        return run(argc, argv);
     }
-
-    SystemClock clock;
-    QtScheduler scheduler;
-    SysfsPowerSources powerSources;
-    QtDisplays displays;
-    QtDialogs dialogs;
-    X11ScreenShield shield;
-    X11PointerInjector pointer;
-    QtWindowMotion motion;
-    X11GlobalHotKey hotKey;
-    LogindSystemEvents system;
-    LinuxDisplayBrightness brightness;
-    ProcessScriptRunner scripts;
-    if (!system.isAvailable())
-        Log::line(QStringLiteral("locking before sleep is unavailable: logind cannot be reached "
-                                 "on the system bus"));
-    const QString libraryFolder = LibraryFolder::path();
-    LibraryFolder::ensureExists(libraryFolder);
-
-    AppDelegate delegate(PlatformServices{clock, scheduler, powerSources, displays, dialogs, shield,
-                                          pointer, motion, hotKey, system, brightness, scripts,
-                                          libraryFolder});
-    switch (SessionBus::claim(delegate.scriptingInterface())) {
-    case SessionBus::Claim::Claimed:
-        break;
-    case SessionBus::Claim::AlreadyRunning:
-        std::fprintf(stderr, "tessarine: Tessarine is already running in this session\n");
-        return 0;
-    case SessionBus::Claim::Unavailable:
-        Log::line(QStringLiteral("the session bus cannot be reached: no remote lock requests"));
-        break;
-    }
-    app.setDelegate(&delegate);
-    delegate.awakeFromNib();
-    delegate.applicationDidFinishLaunching();
-    return app.exec();
+    std::fprintf(stderr, "tessarine: the program module cannot be loaded:\n%s", errors.c_str());
+    return 1;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const CommandLine::Request request = CommandLine::parse(argumentsOf(argc, argv));
+    const CommandLine::Request request = CommandLine::parse(argc, argv);
     switch (request.action) {
     case CommandLine::Action::Run:
         return runProgram(argc, argv);
     case CommandLine::Action::Lock:
-    case CommandLine::Action::Mail:
-        return sendToRunningProgram(argc, argv, request);
+    case CommandLine::Action::Mail: {
+        std::string errors;
+        const int status = CommandLine::send(request, errors);
+        std::fputs(errors.c_str(), stderr);
+        return status;
+    }
     case CommandLine::Action::Help:
-        std::fputs(qPrintable(CommandLine::helpText()), stdout);
+        std::fputs(CommandLine::helpText().c_str(), stdout);
         return 0;
     case CommandLine::Action::Version:
-        std::fputs(qPrintable(CommandLine::versionText()), stdout);
+        std::fputs(CommandLine::versionText().c_str(), stdout);
         return 0;
     case CommandLine::Action::Invalid:
-        std::fprintf(stderr, "%s\nTry 'tessarine --help'.\n", qPrintable(request.error));
+        std::fprintf(stderr, "%s\nTry 'tessarine --help'.\n", request.error.c_str());
         return 2;
     }
     return 2;

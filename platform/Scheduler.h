@@ -27,6 +27,7 @@ public:
 class QtScheduler final : public Scheduler
 {
 public:
+    QtScheduler();
     ~QtScheduler() override;
     TimerId schedule(std::chrono::milliseconds delay, Callback callback) override;
     TimerId scheduleRepeating(std::chrono::milliseconds interval, Callback callback) override;
@@ -35,9 +36,16 @@ public:
 
 private:
     TimerId start(std::chrono::milliseconds delay, bool repeating, Callback callback);
+    TimerId post(Callback callback);
+    void runPosted(TimerId id);
+
+    class Poster;
+    friend class Poster;
 
     TimerId m_nextId = 1;
     std::map<TimerId, QTimer*> m_timers;
+    std::map<TimerId, Callback> m_posted;
+    Poster* m_poster = nullptr;
 };
 
 // A field that holds one timer: arming it again first cancels the timer it held, so at most one

@@ -1,5 +1,6 @@
 #include "ManualScheduler.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -84,6 +85,22 @@ private slots:
         const int stopped = repeated;
         QTest::qWait(30);
         QCOMPARE(repeated, stopped);
+    }
+
+    void aCallForTheNextTurnRunsOnceAndCanBeCancelled()
+    {
+        QtScheduler scheduler;
+        int runs = 0;
+        const auto id = scheduler.schedule(0ms, [&] { ++runs; });
+        QVERIFY(scheduler.isActive(id));
+        QCOMPARE(runs, 0); // not now: on the next turn
+        QCoreApplication::processEvents();
+        QCOMPARE(runs, 1);
+        QVERIFY(!scheduler.isActive(id));
+        const auto cancelled = scheduler.schedule(0ms, [&] { ++runs; });
+        scheduler.cancel(cancelled);
+        QCoreApplication::processEvents();
+        QCOMPARE(runs, 1);
     }
 
     void aCancelledQtTimerNeverFires()
