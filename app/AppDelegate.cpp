@@ -95,8 +95,16 @@ void AppDelegate::applicationDidFinishLaunching()
     m_timePicker->setDateTime(m_preferences.date ? m_preferences.date->toLocalTime()
                                                  : m_platform.clock.now());
     m_timePicker->setEnabled(m_preferences.useTimer);
-    connect(m_timePicker.get(), &QDateTimeEdit::editingFinished, this,
-            [this] { time(m_timePicker->dateTime()); });
+    // Leaving the picker without changing it picks nothing.
+    connect(m_timePicker.get(), &QDateTimeEdit::editingFinished, this, [this] {
+        const QDateTime picked = m_timePicker->dateTime();
+        if (picked.time().hour() == m_pickedTime.time().hour() &&
+            picked.time().minute() == m_pickedTime.time().minute())
+            return;
+        m_pickedTime = picked;
+        time(picked);
+    });
+    m_pickedTime = m_timePicker->dateTime();
     showChosenLockImage();
     m_views->applyTextColours(m_preferences.textIsBlack != 0);
     loadPassword();

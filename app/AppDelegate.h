@@ -148,6 +148,7 @@ private:
     std::unique_ptr<HotKey> m_hotKey;
     std::unique_ptr<ScheduledLock> m_scheduledLock;
     std::unique_ptr<QDateTimeEdit> m_timePicker;
+    QDateTime m_pickedTime;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;
     ScriptingInterface* m_scripting = nullptr;

@@ -36,19 +36,31 @@ void DisplayPower::wakeDisplay()
 
 void DisplayPower::dimApplescript(float lockBrightness)
 {
-    waitForDimming();
+    letGoOfEarlierDimming();
+    m_lockEnded = false;
     m_dimming = std::thread([this, lockBrightness] {
         m_backBrightnessChanged = false;
         if (const auto level = m_display.brightness())
             setBrightness(*level);
         m_scripts.runAndWait(QStringLiteral("animateOn"));
         m_scripts.runAndWait(QStringLiteral("Tessarine"));
-        m_display.setBrightness(lockBrightness);
+        // A lock that ended meanwhile has put the brightness back already.
+        if (!m_lockEnded)
+            m_display.setBrightness(lockBrightness);
     });
+}
+
+void DisplayPower::letGoOfEarlierDimming()
+{
+    if (m_dimming.joinable())
+        m_dimming.detach();
 }
 
 void DisplayPower::restoreBrightness()
 {
+    // The unlock never waits for the scripts: a dimming still under way sees the mark and leaves
+    // the display alone, and the brightness held so far is put back now.
+    m_lockEnded = true;
     m_display.setBrightness(m_brightness);
 }
 

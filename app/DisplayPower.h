@@ -31,7 +31,8 @@ public:
     // At a lock with dimming on: read the brightness, run "animateOn" and "Tessarine", then dim
     // to the lock brightness; on a thread of its own.
     void dimApplescript(float lockBrightness);
-    // At the end of a lock with dimming on: the brightness read at its start.
+    // At the end of a lock with dimming on: the brightness read at its start. A dimming still
+    // under way then leaves the display alone when it ends.
     void restoreBrightness();
     // At the end of a lock when something asked for it: "animateOn" once more.
     void runAnimateOn();
@@ -45,11 +46,15 @@ public:
     void waitForDimming();
 
 private:
+    // A dimming still running from an earlier lock is left to finish on its own.
+    void letGoOfEarlierDimming();
+
     DisplayBrightness& m_display;
     ScriptRunner& m_scripts;
     std::atomic<float> m_brightness{0.0f};
     float m_savedBrightness = 0.0f;
     bool m_displayDimmed = false;
     std::atomic<bool> m_backBrightnessChanged{false};
+    std::atomic<bool> m_lockEnded{false};
     std::thread m_dimming;
 };

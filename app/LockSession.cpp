@@ -250,10 +250,8 @@ void LockSession::unlock()
     m_services.pointer.releasePressedButton();
     m_services.shield.releaseGrabs();
     m_timeoutTimeTimer.invalidate();
-    if (m_preferences.dimEnabled) {
-        m_displayPower.waitForDimming();
+    if (m_preferences.dimEnabled)
         m_displayPower.restoreBrightness();
-    }
     if (m_animateWasActive)
         m_displayPower.runAnimateOn();
     closeWindow();

@@ -10,6 +10,7 @@
 
 #include <xcb/dpms.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 
@@ -130,10 +131,9 @@ bool LinuxDisplayBrightness::setDpms(bool on)
         std::free(capable);
     }
     if (!isCapable) {
-        static bool said = false;
-        if (!said)
+        static std::atomic<bool> said{false};
+        if (!said.exchange(true))
             Log::line(QStringLiteral("the display has no backlight and no power control"));
-        said = true;
         return false;
     }
     xcb_dpms_enable(connection);

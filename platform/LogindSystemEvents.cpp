@@ -18,8 +18,10 @@ LogindSystemEvents::LogindSystemEvents(QObject* parent) : SystemEvents(parent)
     if (m_available)
         system.connect(logind, logindPath, manager, QStringLiteral("PrepareForSleep"), this,
                        SLOT(prepareForSleep(bool)));
-    // Any program may announce itself as the screen saver on the session bus.
-    QDBusConnection::sessionBus().connect(QString(), QStringLiteral("/org/freedesktop/ScreenSaver"),
+    // Security: only the program that owns the screen saver's name may say a locker came up;
+    // the bus checks the sender, so any other client's signal of the same shape is ignored.
+    QDBusConnection::sessionBus().connect(QStringLiteral("org.freedesktop.ScreenSaver"),
+                                          QStringLiteral("/org/freedesktop/ScreenSaver"),
                                           QStringLiteral("org.freedesktop.ScreenSaver"),
                                           QStringLiteral("ActiveChanged"), this,
                                           SLOT(activeChanged(bool)));

@@ -63,7 +63,7 @@ void HotKey::registerCurrent()
         m_platform.registerKey(m_preferences.shortcutKey, m_preferences.hotKeyModifierSum());
     if (!m_registered)
         Log::line(QStringLiteral("the lock shortcut (key %1, modifiers %2) cannot be had: "
-                                 "another program holds it")
+                                 "another program holds it, or this keyboard has no such key")
                       .arg(m_preferences.shortcutKey)
                       .arg(m_preferences.hotKeyModifierSum()));
 }

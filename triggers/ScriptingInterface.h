@@ -9,8 +9,8 @@ class AppDelegate;
 // display brightness as touched from outside.
 //
 // Security: anything that can talk to the user's session bus can lock the screen this way, as
-// the user's own scripts and an ssh login of the same user are meant to; nothing here can
-// unlock it.
+// the user's own scripts and an ssh login of the same user are meant to; nothing in this
+// interface unlocks.
 class ScriptingInterface : public QObject
 {
     Q_OBJECT

@@ -42,6 +42,11 @@ kill -0 "$TESSARINE_PID" || fail "tessarine ended"
 busctl --user set-property "$name" "$path" "$name" lock i 1 || fail "writing 1 was refused"
 wait_until 2 keyboard_grabbed_by_other || fail "lock i 1 did not lock"
 sleep 0.5
+# A screen-saver signal from a program that is not the screen saver unlocks nothing.
+dbus-send --session --type=signal /org/freedesktop/ScreenSaver \
+    org.freedesktop.ScreenSaver.ActiveChanged boolean:true
+sleep 0.5
+keyboard_grabbed_by_other || fail "a stray screen-saver signal ended the lock"
 xdotool type --delay 40 ab
 wait_until 3 keyboard_free || fail "the password did not unlock"
 

@@ -149,6 +149,18 @@ private slots:
         QCOMPARE(*program.brightness.brightness(), 0.5f); // the level saved at this lock's start
     }
 
+    void aShortLockPutsTheBrightnessBackAndTheLateDimmingLeavesItAlone()
+    {
+        TestLibrary library;
+        configure(library, "<key>dim</key><true/><key>lockBrightnes</key><real>0.2</real>"
+                           "<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.delegate->unlock(); // before the dimming may have finished
+        program.delegate->displayPower()->waitForDimming();
+        QVERIFY(*program.brightness.brightness() != 0.2f);
+    }
+
     void aLockAskedToRunTheScriptRunsItAtTheEnd()
     {
         TestLibrary library;
@@ -165,6 +177,8 @@ private slots:
         QTemporaryDir root;
         QDir(root.path()).mkpath("acpi_video0");
         QDir(root.path()).mkpath("intel_backlight");
+        writeAttribute(root.path() + "/intel_backlight/max_brightness", "1000");
+        writeAttribute(root.path() + "/intel_backlight/brightness", "900");
         const QString device = root.path() + "/acpi_video0";
         writeAttribute(device + "/max_brightness", "200");
         writeAttribute(device + "/brightness", "150");
@@ -175,6 +189,8 @@ private slots:
         QCOMPARE(readAttribute(device + "/brightness"), QByteArray("60"));
         display.setBrightness(-1.0f); // nothing a device could take: left alone
         QCOMPARE(readAttribute(device + "/brightness"), QByteArray("60"));
+        // Only the first display's backlight changes.
+        QCOMPARE(readAttribute(root.path() + "/intel_backlight/brightness"), QByteArray("900"));
     }
 
     void aBacklightThatCannotBeReadOrWrittenChangesNothing()

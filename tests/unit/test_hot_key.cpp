@@ -90,6 +90,19 @@ private slots:
         QCOMPARE(*program.delegate->preferences().shortcutString, QString("L"));
     }
 
+    void commandInTheFirstTwoRegistersFiveHundredAndTwelve()
+    {
+        TestLibrary library;
+        library.writeProperties(
+            "<key>useShortcut</key><true/><key>shortcutKey</key><integer>37</integer>"
+            "<key>shortcutString</key><string>L</string>");
+        PasswordFile::write(library.passwordPath(), {"a"});
+        StartedProgram program(library.folder());
+        program.delegate->firstShortcutModifier(1);
+        program.delegate->secondShortcutModifier(1);
+        QCOMPARE(program.hotKey.modifierMask, 512);
+    }
+
     void commandTwiceIsShift()
     {
         TestLibrary library;
