@@ -4,19 +4,9 @@
 //
 //   bench_lock RUNS     prints "lock_to_grabbed_ms <ms>" and "unlock_to_released_ms <ms>" per run
 #include "app/AppDelegate.h"
+#include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
 #include "input/PasswordFile.h"
-#include "lockscreen/WindowMotion.h"
-#include "platform/Clock.h"
-#include "platform/Dialogs.h"
-#include "platform/DisplayBrightness.h"
-#include "platform/Displays.h"
-#include "platform/LogindSystemEvents.h"
-#include "platform/PowerSources.h"
-#include "platform/Scheduler.h"
-#include "platform/ScriptRunner.h"
-#include "platform/X11GlobalHotKey.h"
-#include "platform/X11ScreenShield.h"
 #include "settings/SettingsStore.h"
 
 #include <QElapsedTimer>
@@ -33,21 +23,8 @@ int main(int argc, char** argv)
     SettingsStore(library.path()).writeFirstRunSettingsIfMissing();
     PasswordFile::write(PasswordFile::pathIn(library.path()), {"a"});
 
-    SystemClock clock;
-    QtScheduler scheduler;
-    SysfsPowerSources power;
-    QtDisplays displays;
-    QtDialogs dialogs;
-    X11ScreenShield shield;
-    X11PointerInjector pointer;
-    QtWindowMotion motion;
-    X11GlobalHotKey hotKey;
-    LogindSystemEvents system;
-    LinuxDisplayBrightness brightness;
-    ProcessScriptRunner scripts;
-    AppDelegate delegate(PlatformServices{clock, scheduler, power, displays, dialogs, shield,
-                                          pointer, motion, hotKey, system, brightness, scripts,
-                                          library.path()});
+    LinuxPlatform platform;
+    AppDelegate delegate(platform.services(library.path()));
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     app.processEvents();
@@ -56,7 +33,7 @@ int main(int argc, char** argv)
         QElapsedTimer timer;
         timer.start();
         delegate.lock();
-        while (!shield.holdsKeyboard() && timer.elapsed() < 5000)
+        while (!platform.shield.holdsKeyboard() && timer.elapsed() < 5000)
             app.processEvents(QEventLoop::AllEvents);
         std::printf("lock_to_grabbed_ms %.3f\n", timer.nsecsElapsed() / 1e6);
         // Past the kiosk step, as a user would be.

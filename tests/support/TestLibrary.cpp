@@ -1,5 +1,7 @@
 #include "TestLibrary.h"
 
+#include "input/PasswordFile.h"
+#include "platform/Log.h"
 #include "settings/PropertyListFile.h"
 
 #include <plist/plist++.h>
@@ -65,4 +67,20 @@ std::optional<QMap<QString, QString>> describeProperties(const QString& path)
         result.insert(QString::fromStdString(it->first), value);
     }
     return result;
+}
+
+void TestLibrary::configure(const QString& options, const QStringList& password) const
+{
+    writeProperties(options);
+    PasswordFile::write(passwordPath(), password);
+}
+
+LogCapture::LogCapture()
+{
+    Log::setSink([this](const QString& line) { m_lines << line; });
+}
+
+LogCapture::~LogCapture()
+{
+    Log::setSink({});
 }

@@ -31,6 +31,8 @@ public:
 
     // Writes properties.plist as an XML dictionary of the given raw <key>/<value> body.
     void writeProperties(const QString& body) const;
+    // A configured profile: these options and a password (so a start shows nothing).
+    void configure(const QString& options, const QStringList& password = {"a"}) const;
 
     std::optional<QMap<QString, QString>> properties() const
     {
@@ -82,4 +84,17 @@ public:
         pendingAnswer = nullptr;
         answered(returnCode);
     }
+};
+
+// Keeps the program's log lines for the test while it lives.
+class LogCapture
+{
+public:
+    LogCapture();
+    ~LogCapture();
+    QStringList& lines() { return m_lines; }
+    void clear() { m_lines.clear(); }
+
+private:
+    QStringList m_lines;
 };

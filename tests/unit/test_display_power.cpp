@@ -14,11 +14,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-void configure(const TestLibrary& library, const QString& options)
-{
-    library.writeProperties(options);
-    PasswordFile::write(library.passwordPath(), {"a"});
-}
 
 void writeAttribute(const QString& path, const QByteArray& value)
 {
@@ -39,17 +34,12 @@ class TestDisplayPower : public QObject
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_log.clear();
-        Log::setSink([this](const QString& line) { m_log << line; });
-    }
-    void cleanup() { Log::setSink({}); }
+    void init() { m_capture.clear(); }
 
     void aTimeoutOfZeroTurnsTheDisplayOffAtOnce()
     {
         TestLibrary library;
-        configure(library, "<key>timeout</key><true/><key>timeoutTime</key><integer>0</integer>");
+        library.configure("<key>timeout</key><true/><key>timeoutTime</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(0ms);
@@ -61,7 +51,7 @@ private slots:
     void theDisplayGoesDarkAfterTheSetMinutes()
     {
         TestLibrary library;
-        configure(library, "<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>");
+        library.configure("<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(299s);
@@ -79,9 +69,9 @@ private slots:
     void dimmingAndTheTimeoutTogether()
     {
         TestLibrary library;
-        configure(library, "<key>dim</key><true/><key>lockBrightnes</key><real>0.3</real>"
-                           "<key>timeout</key><true/><key>timeoutTime</key><integer>1</integer>"
-                           "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>dim</key><true/><key>lockBrightnes</key><real>0.3</real>"
+                          "<key>timeout</key><true/><key>timeoutTime</key><integer>1</integer>"
+                          "<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.delegate->displayPower()->waitForDimming();
@@ -99,7 +89,7 @@ private slots:
     void aLockBrightnessAboveOneIsHandedOnUnchanged()
     {
         TestLibrary library;
-        configure(library, "<key>dim</key><true/><key>lockBrightnes</key><real>1.7</real>");
+        library.configure("<key>dim</key><true/><key>lockBrightnes</key><real>1.7</real>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.delegate->displayPower()->waitForDimming();
@@ -109,7 +99,7 @@ private slots:
     void theDimmingClearsTheOutsideMark()
     {
         TestLibrary library;
-        configure(library, "<key>dim</key><true/>");
+        library.configure("<key>dim</key><true/>");
         StartedProgram program(library.folder());
         program.delegate->changeBackBrightness();
         QVERIFY(program.delegate->backBrightnessChanged());
@@ -121,8 +111,8 @@ private slots:
     void theSharedTimerFieldHoldsTheTimeoutAndTheCloseStopsIt()
     {
         TestLibrary library;
-        configure(library, "<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>"
-                           "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>"
+                          "<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         QVERIFY(program.delegate->session()->timer().isArmed());
@@ -135,8 +125,8 @@ private slots:
     void aLockEndingInTheDarkLeavesTheFlagForTheNextLock()
     {
         TestLibrary library;
-        configure(library, "<key>timeout</key><true/><key>timeoutTime</key><integer>0</integer>"
-                           "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>timeout</key><true/><key>timeoutTime</key><integer>0</integer>"
+                          "<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(0ms);
@@ -152,8 +142,8 @@ private slots:
     void aShortLockPutsTheBrightnessBackAndTheLateDimmingLeavesItAlone()
     {
         TestLibrary library;
-        configure(library, "<key>dim</key><true/><key>lockBrightnes</key><real>0.2</real>"
-                           "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>dim</key><true/><key>lockBrightnes</key><real>0.2</real>"
+                          "<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.delegate->unlock(); // before the dimming may have finished
@@ -164,7 +154,7 @@ private slots:
     void aLockAskedToRunTheScriptRunsItAtTheEnd()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->animateWasActive();
         program.delegate->lock();
@@ -209,7 +199,8 @@ private slots:
     }
 
 private:
-    QStringList m_log;
+    LogCapture m_capture;
+    QStringList& m_log = m_capture.lines();
 };
 
 QTEST_MAIN(TestDisplayPower)

@@ -13,12 +13,7 @@ class TestHotKey : public QObject
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_log.clear();
-        Log::setSink([this](const QString& line) { m_log << line; });
-    }
-    void cleanup() { Log::setSink({}); }
+    void init() { m_capture.clear(); }
 
     void theFirstStartRegistersCommandOptionL()
     {
@@ -189,7 +184,8 @@ private slots:
     }
 
 private:
-    QStringList m_log;
+    LogCapture m_capture;
+    QStringList& m_log = m_capture.lines();
 };
 
 QTEST_MAIN(TestHotKey)

@@ -23,10 +23,9 @@ namespace {
 constexpr int up = 126, down = 125, left = 123, right = 124, keyB = 11, keyA = 0;
 
 void configure(const TestLibrary& library, const QString& options,
-               QStringList password = {"a", "b"})
+               const QStringList& password = {"a", "b"})
 {
-    library.writeProperties(options);
-    PasswordFile::write(library.passwordPath(), password);
+    library.configure(options, password);
 }
 
 // The angle the lock image is swinging to, 0 when it is not swinging.
@@ -52,7 +51,7 @@ private slots:
     void theSequenceTurnsTheClockBlueAndStartsAgain()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         program.delegate->lock();
         for (int code : {up, up, down, down, left, right, left, right, keyB, keyA})
@@ -116,7 +115,7 @@ private slots:
     void leftAndRightKeysSwingTheLockOppositeWays()
     {
         TestLibrary library;
-        configure(library, "<key>wiggleLock</key><true/>");
+        library.configure("<key>wiggleLock</key><true/>");
         StartedProgram program(library.folder());
         program.delegate->views()->lockImage()->resize(200, 200);
         program.delegate->lock();
@@ -133,7 +132,7 @@ private slots:
     void keysHalfASecondApartSwingOnlyEverySecondPress()
     {
         TestLibrary library;
-        configure(library, "<key>wiggleLock</key><true/>");
+        library.configure("<key>wiggleLock</key><true/>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         QList<double> swung;
@@ -150,7 +149,7 @@ private slots:
     void keysPointSevenSecondsApartSwingEachTime()
     {
         TestLibrary library;
-        configure(library, "<key>wiggleLock</key><true/>");
+        library.configure("<key>wiggleLock</key><true/>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         double last = 0;
@@ -183,7 +182,7 @@ private slots:
     void afterTheMatchKeysReachNeitherTheMatcherNorTheSequence()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        library.configure("<key>closeAnimation</key><integer>3</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -234,9 +233,9 @@ private slots:
         QFETCH(int, animation);
         QFETCH(QString, nudge);
         TestLibrary library;
-        configure(library, QStringLiteral("<key>closeAnimation</key><integer>%1</integer>"
-                                          "<key>wiggleStrength</key><integer>15</integer>")
-                               .arg(animation));
+        library.configure(QStringLiteral("<key>closeAnimation</key><integer>%1</integer>"
+                                         "<key>wiggleStrength</key><integer>15</integer>")
+                              .arg(animation));
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -269,7 +268,7 @@ private slots:
     void theSecurityLevelFlipsAndIsSaved()
     {
         TestLibrary library;
-        configure(library, "<key>orderMatters</key><false/>");
+        library.configure("<key>orderMatters</key><false/>");
         StartedProgram program(library.folder());
         program.delegate->securityLevel();
         QCOMPARE(library.properties()->value("orderMatters"), QString("boolean:true"));

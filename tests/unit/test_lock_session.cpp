@@ -20,29 +20,18 @@
 using namespace std::chrono_literals;
 
 namespace {
-// A configured profile (options and a password), so that start-up shows nothing.
-void configure(const TestLibrary& library, const QString& options)
-{
-    library.writeProperties(options);
-    PasswordFile::write(library.passwordPath(), {"a", "b"});
-}
 } // namespace
 
 class TestLockSession : public QObject
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_log.clear();
-        Log::setSink([this](const QString& line) { m_log << line; });
-    }
-    void cleanup() { Log::setSink({}); }
+    void init() { m_capture.clear(); }
 
     void aFadingLockTakesTheKeyboardOnTheNextTurnAndThePointerAfterPointFourSeconds()
     {
         TestLibrary library;
-        configure(library, "<key>startAnimation</key><integer>0</integer>");
+        library.configure("<key>startAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         LockSession* session = program.delegate->session();
         program.delegate->lock();
@@ -79,8 +68,8 @@ private slots:
         QFETCH(int, animation);
         QFETCH(QString, slide);
         TestLibrary library;
-        configure(library,
-                  QStringLiteral("<key>startAnimation</key><integer>%1</integer>").arg(animation));
+        library.configure(
+            QStringLiteral("<key>startAnimation</key><integer>%1</integer>").arg(animation));
         StartedProgram program(library.folder());
         program.delegate->lock();
         QVERIFY(program.shield.keyboard);
@@ -91,7 +80,7 @@ private slots:
     void anOpeningPastTheFourDirectionsStaysAboveTheDisplay()
     {
         TestLibrary library;
-        configure(library, "<key>startAnimation</key><integer>7</integer>");
+        library.configure("<key>startAnimation</key><integer>7</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         QCOMPARE(program.delegate->window()->pos(), QPoint(0, -1080));
@@ -101,7 +90,7 @@ private slots:
     void aSecondLockRequestDuringALockDoesNothing()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -114,7 +103,7 @@ private slots:
     void unlockingWithNoMovementEndsAtOnce()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -132,7 +121,7 @@ private slots:
     void unlockingWithASlideKeepsTheSessionForPointThreeNineSeconds()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        library.configure("<key>closeAnimation</key><integer>3</integer>");
         StartedProgram program(library.folder());
         LockSession* session = program.delegate->session();
         program.delegate->lock();
@@ -177,8 +166,8 @@ private slots:
         QFETCH(int, animation);
         QFETCH(QString, slide);
         TestLibrary library;
-        configure(library,
-                  QStringLiteral("<key>closeAnimation</key><integer>%1</integer>").arg(animation));
+        library.configure(
+            QStringLiteral("<key>closeAnimation</key><integer>%1</integer>").arg(animation));
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -189,7 +178,7 @@ private slots:
     void aPasswordTypedWithinPointFourSecondsNeverTakesThePointer()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(0ms);
@@ -205,7 +194,7 @@ private slots:
     void anotherLockerComingUpEndsTheSessionWithoutAPassword()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -217,7 +206,7 @@ private slots:
     void aHeldKeyboardIsRetriedEveryTenMillisecondsThenMoreSlowly()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         program.shield.keyboardFree = false;
         program.delegate->lock();
@@ -248,7 +237,7 @@ private slots:
     void anotherLockerDuringTheOpeningLeavesNothingHeld()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>2</integer>");
+        library.configure("<key>closeAnimation</key><integer>2</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(300ms);
@@ -266,7 +255,7 @@ private slots:
     void aPasswordTypedDuringASlidingOpeningNeverReachesKioskMode()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        library.configure("<key>closeAnimation</key><integer>3</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(100ms);
@@ -283,7 +272,7 @@ private slots:
     void theClosingTakesItsSizeFromTheWindow()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>3</integer>");
+        library.configure("<key>closeAnimation</key><integer>3</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -295,7 +284,7 @@ private slots:
     void noClickWithoutThePointer()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         program.shield.pointerFree = false;
         program.delegate->lock();
@@ -332,7 +321,7 @@ private slots:
     void theClockShowsTheTimeOnlyWhenChosen()
     {
         TestLibrary library;
-        configure(library, "<key>showTime</key><false/>");
+        library.configure("<key>showTime</key><false/>");
         StartedProgram program(library.folder());
         program.delegate->views()->time()->setText("stale");
         program.delegate->lock();
@@ -342,7 +331,7 @@ private slots:
     void withoutDoNotDisturbThePasswordFieldIsHidden()
     {
         TestLibrary library;
-        configure(library, "<key>showDoNotDisturb</key><false/>");
+        library.configure("<key>showDoNotDisturb</key><false/>");
         StartedProgram program(library.folder());
         program.delegate->views()->enterPassword()->show();
         program.delegate->lock();
@@ -350,7 +339,8 @@ private slots:
     }
 
 private:
-    QStringList m_log;
+    LogCapture m_capture;
+    QStringList& m_log = m_capture.lines();
 };
 
 QTEST_MAIN(TestLockSession)

@@ -17,11 +17,6 @@ QDateTime at(int hour, int minute, int second = 0)
     return QDateTime(QDate(2026, 11, 21), QTime(hour, minute, second));
 }
 
-void configure(const TestLibrary& library, const QString& options)
-{
-    library.writeProperties(options);
-    PasswordFile::write(library.passwordPath(), {"a"});
-}
 } // namespace
 
 class TestScheduledLock : public QObject
@@ -39,8 +34,8 @@ private slots:
     void atStartUpTheSameMinuteMeansTomorrow()
     {
         TestLibrary library;
-        configure(library, "<key>useTimer</key><true/><key>hour</key><integer>12</integer>"
-                           "<key>minute</key><integer>0</integer>");
+        library.configure("<key>useTimer</key><true/><key>hour</key><integer>12</integer>"
+                          "<key>minute</key><integer>0</integer>");
         StartedProgram program(library.folder(), true, at(12, 0, 30));
         program.scheduler.advance(86399s);
         QVERIFY(!program.delegate->isLockActive());
@@ -51,8 +46,8 @@ private slots:
     void atStartUpAMinuteAheadIsSixtySecondsWhateverTheSecond()
     {
         TestLibrary library;
-        configure(library, "<key>useTimer</key><true/><key>hour</key><integer>12</integer>"
-                           "<key>minute</key><integer>1</integer>");
+        library.configure("<key>useTimer</key><true/><key>hour</key><integer>12</integer>"
+                          "<key>minute</key><integer>1</integer>");
         StartedProgram program(library.folder(), true, at(12, 0, 45));
         program.scheduler.advance(59s);
         QVERIFY(!program.delegate->isLockActive());
@@ -63,8 +58,8 @@ private slots:
     void withTheDailyLockOffNothingIsArmedAtStartUp()
     {
         TestLibrary library;
-        configure(library,
-                  "<key>hour</key><integer>12</integer><key>minute</key><integer>1</integer>");
+        library.configure(
+            "<key>hour</key><integer>12</integer><key>minute</key><integer>1</integer>");
         StartedProgram program(library.folder(), true, at(12, 0));
         QVERIFY(!program.delegate->scheduledLock()->dailyArmed());
         QVERIFY(!program.delegate->timePicker()->isEnabled());
@@ -73,7 +68,7 @@ private slots:
     void pickingATimeArmsItAndWritesIt()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder(), true, at(23, 50));
         program.delegate->time(at(0, 10));
         program.scheduler.advance(1199s);
@@ -89,7 +84,7 @@ private slots:
     void theDailyLockFiresOnceOnly()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder(), true, at(10, 0));
         program.delegate->time(at(10, 5));
         program.scheduler.advance(300s);
@@ -102,7 +97,7 @@ private slots:
     void switchingTheDailyLock()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder(), true, at(8, 0));
         program.delegate->timePicker()->setDateTime(at(9, 30));
         program.delegate->toggleUseTimer();
@@ -123,7 +118,7 @@ private slots:
     void theDelayMenuHoldsTwelveEntries()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         QStringList titles;
         for (QAction* item : program.delegate->statusItem()->lockoutItem()->menu()->actions())
@@ -136,7 +131,7 @@ private slots:
     void theLaterChoiceReplacesTheEarlier()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         const QList<QAction*> items = program.delegate->scheduledLock()->delayItems();
         items[1]->trigger(); // 10 minutes
@@ -153,7 +148,7 @@ private slots:
     void theCheckedChoiceAgainCancels()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         const QList<QAction*> items = program.delegate->scheduledLock()->delayItems();
         items[2]->trigger();
@@ -166,7 +161,7 @@ private slots:
     void aTitleWithoutANumberLocksAtOnce()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         QAction odd("soon");
         odd.setCheckable(true);

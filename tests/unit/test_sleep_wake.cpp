@@ -7,11 +7,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-void configure(const TestLibrary& library, const QString& options)
-{
-    library.writeProperties(options);
-    PasswordFile::write(library.passwordPath(), {"a"});
-}
 } // namespace
 
 class TestSleepWake : public QObject
@@ -21,7 +16,7 @@ private slots:
     void theSleepDelayIsHeldFromTheStart()
     {
         TestLibrary library;
-        configure(library, "");
+        library.configure("");
         StartedProgram program(library.folder());
         QVERIFY(program.system.held);
     }
@@ -29,7 +24,7 @@ private slots:
     void withLockOnWakeOffSleepNeverLocksAndWaitsForNothing()
     {
         TestLibrary library;
-        configure(library, "<key>lockOnWake</key><false/>");
+        library.configure("<key>lockOnWake</key><false/>");
         StartedProgram program(library.folder());
         program.system.sleep();
         QVERIFY(!program.delegate->isLockActive());
@@ -42,8 +37,8 @@ private slots:
     void withLockOnWakeTheMachineSleepsOnlyOnceTheKeyboardIsHeld()
     {
         TestLibrary library;
-        configure(library,
-                  "<key>lockOnWake</key><true/><key>startAnimation</key><integer>0</integer>");
+        library.configure(
+            "<key>lockOnWake</key><true/><key>startAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.system.sleep();
         QVERIFY(program.delegate->isLockActive());
@@ -57,8 +52,8 @@ private slots:
     void aKeyboardHeldElsewhereKeepsTheMachineAwakeUntilItIsFree()
     {
         TestLibrary library;
-        configure(library,
-                  "<key>lockOnWake</key><true/><key>startAnimation</key><integer>1</integer>");
+        library.configure(
+            "<key>lockOnWake</key><true/><key>startAnimation</key><integer>1</integer>");
         StartedProgram program(library.folder());
         program.shield.keyboardFree = false;
         program.system.sleep();
@@ -73,7 +68,7 @@ private slots:
     void sleepingWhileLockedLetsTheMachineSleepAtOnce()
     {
         TestLibrary library;
-        configure(library, "<key>lockOnWake</key><true/>");
+        library.configure("<key>lockOnWake</key><true/>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -84,7 +79,7 @@ private slots:
     void wakingWhileLockedClicksAgain()
     {
         TestLibrary library;
-        configure(library, "<key>lockOnWake</key><false/>");
+        library.configure("<key>lockOnWake</key><false/>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -96,7 +91,7 @@ private slots:
     void anotherLockerEndsOurs()
     {
         TestLibrary library;
-        configure(library, "<key>closeAnimation</key><integer>0</integer>");
+        library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
@@ -107,7 +102,7 @@ private slots:
     void withoutTheLoginManagerTheProgramRuns()
     {
         TestLibrary library;
-        configure(library, "<key>lockOnWake</key><true/>");
+        library.configure("<key>lockOnWake</key><true/>");
         StartedProgram program(library.folder());
         program.system.available = false;
         program.system.held = false;

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/PlatformServices.h"
+#include "lockscreen/WindowMotion.h"
+#include "platform/Clock.h"
+#include "platform/Dialogs.h"
+#include "platform/DisplayBrightness.h"
+#include "platform/Displays.h"
+#include "platform/LogindSystemEvents.h"
+#include "platform/PowerSources.h"
+#include "platform/Scheduler.h"
+#include "platform/ScriptRunner.h"
+#include "platform/X11GlobalHotKey.h"
+#include "platform/X11ScreenShield.h"
+
+// Every service of the program on a Linux desktop under X11, made once the application object
+// exists, and handed to AppDelegate as PlatformServices.
+struct LinuxPlatform
+{
+    SystemClock clock;
+    QtScheduler scheduler;
+    SysfsPowerSources powerSources;
+    QtDisplays displays;
+    QtDialogs dialogs;
+    X11ScreenShield shield;
+    X11PointerInjector pointer;
+    QtWindowMotion motion;
+    X11GlobalHotKey hotKey;
+    LogindSystemEvents system;
+    LinuxDisplayBrightness brightness;
+    ProcessScriptRunner scripts;
+
+    PlatformServices services(const QString& libraryFolder)
+    {
+        return PlatformServices{clock,      scheduler, powerSources, displays, dialogs,
+                                shield,     pointer,   motion,       hotKey,   system,
+                                brightness, scripts,   libraryFolder};
+    }
+};
