@@ -35,7 +35,6 @@ wait_until_deadline $deadline xdotool search --onlyvisible --name '^Welcome to T
     fail "the first-password window is not mapped"
 window=$(xdotool search --onlyvisible --name '^Welcome to Tessarine$' | head -n1)
 [ "$(xdotool getwindowpid "$window")" = "$TESSARINE_PID" ] || fail "the window is not ours"
-is_active() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$1" ]; }
 wait_until_deadline $deadline is_active "$window" || fail "the first-password window is not in front"
 stop_tessarine
 

@@ -218,3 +218,17 @@ logind() {
 logind_count() { # how many lines of the fake login manager start with $1
     grep -c "^$1" "$RIG_DIR/logind.out" || true
 }
+
+is_active() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$1" ]; }
+
+# Makes a managed window the active one: it may be already, the window manager may be asked,
+# or, as a user would, it is clicked near its top edge.
+give_keyboard() {
+    local window=$1 X Y WIDTH HEIGHT SCREEN
+    wait_until 5 is_active "$window" && return 0
+    xdotool windowactivate "$window" 2>/dev/null
+    wait_until 2 is_active "$window" && return 0
+    eval "$(xdotool getwindowgeometry --shell "$window")"
+    xdotool mousemove $((X + WIDTH / 2)) $((Y + 12)) click 1
+    wait_until 5 is_active "$window"
+}
