@@ -9,7 +9,7 @@ report=$root/bench/REPORT.md
 runs=${BENCH_RUNS:-30}
 
 source "$root/tests/rig/desktop.sh"
-desktop_start 1920x1080
+desktop_start 1920x1080 || { echo "the desktop did not come up" >&2; exit 1; }
 fake_power_supply
 # A configured profile: both files present, so a start shows nothing but the tray icon. The
 # password is "a"; the lock closes without movement; the hot key is Super+Alt+L.

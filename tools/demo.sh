@@ -10,7 +10,7 @@ mkdir -p "$out"
 rm -f "$out"/*.png
 
 source "$root/tests/rig/desktop.sh"
-desktop_start 1280x800
+desktop_start 1280x800 || { echo "the desktop did not come up" >&2; exit 1; }
 fake_power_supply
 
 start_tessarine

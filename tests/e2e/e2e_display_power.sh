@@ -3,7 +3,7 @@
 # brought back by a key.
 set -u
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start
+desktop_start || fail "the desktop did not come up"
 fake_power_supply
 write_password ab
 backlight=$RIG_DIR/backlight/panel

@@ -2,7 +2,7 @@
 # second start with both files present, which shows nothing but the icon.
 set -u
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start
+desktop_start || fail "the desktop did not come up"
 fake_power_supply
 library=$XDG_CONFIG_HOME/tessarine
 

@@ -2,7 +2,7 @@
 # the combination, Tessarine says so once, does not lock and keeps running.
 set -u
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start
+desktop_start || fail "the desktop did not come up"
 fake_power_supply
 write_password ab
 write_options "<key>useShortcut</key><true/>

@@ -5,7 +5,7 @@
 set -u
 mode=${1:-ordered}
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start 1280x800
+desktop_start 1280x800 || fail "the desktop did not come up"
 fake_power_supply
 library=$XDG_CONFIG_HOME/tessarine
 # The recording window is the desktop the lock must hide.

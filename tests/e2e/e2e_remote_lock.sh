@@ -2,7 +2,7 @@
 # running and without it; one program per session.
 set -u
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start
+desktop_start || fail "the desktop did not come up"
 fake_power_supply
 write_password ab
 write_options "<key>closeAnimation</key><integer>0</integer>"

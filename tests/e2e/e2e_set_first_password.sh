@@ -3,7 +3,7 @@
 # window closes.
 set -u
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start
+desktop_start || fail "the desktop did not come up"
 fake_power_supply
 library=$XDG_CONFIG_HOME/tessarine
 

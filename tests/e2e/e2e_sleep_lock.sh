@@ -4,7 +4,7 @@
 set -u
 trials=${1:-100}
 source "$TESTS_DIR/rig/desktop.sh"
-desktop_start
+desktop_start || fail "the desktop did not come up"
 fake_power_supply
 start_fake_logind || fail "the fake login manager did not start"
 write_password ab

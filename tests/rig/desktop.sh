@@ -24,7 +24,9 @@ desktop_start() {
     flock "$lock"
     for ((number = 70; number < 170; number++)); do
         [ -e "/tmp/.X$number-lock" ] || [ -e "/tmp/.X11-unix/X$number" ] && continue
-        Xvfb ":$number" -screen 0 "${size}x24" -nolisten tcp >"$RIG_DIR/xvfb.log" 2>&1 &
+        # -noreset: without it the server resets when its last client leaves (the readiness
+        # check below is one), and refuses whoever connects during the reset.
+        Xvfb ":$number" -screen 0 "${size}x24" -nolisten tcp -noreset >"$RIG_DIR/xvfb.log" 2>&1 &
         RIG_PIDS+=($!)
         export DISPLAY=:$number
         if wait_until 10 xdpyinfo >/dev/null 2>&1 && kill -0 "${RIG_PIDS[-1]}" 2>/dev/null; then
@@ -147,6 +149,13 @@ fake_power_supply() {
 
 fail() {
     echo "FAIL: $*" >&2
+    # What the desktop looked like, for whoever reads the failure.
+    if [ -n "${DISPLAY:-}" ]; then
+        echo "--- active window: $(xdotool getactivewindow getwindowname 2>&1 | tr '\n' ' ')" >&2
+        xwininfo -root -tree 2>/dev/null | grep -E '"' | head -20 >&2
+        import -window root "${TMPDIR:-/tmp}/tessarine-failure-$$.png" 2>/dev/null &&
+            echo "--- screenshot: ${TMPDIR:-/tmp}/tessarine-failure-$$.png" >&2
+    fi
     if [ -f "$RIG_DIR/tessarine.log" ]; then
         echo "--- tessarine's log" >&2
         cat "$RIG_DIR/tessarine.log" >&2
