@@ -47,23 +47,10 @@ desktop_start() {
 
     openbox >"$RIG_DIR/openbox.log" 2>&1 &
     RIG_PIDS+=($!)
-    # trayer now and then fails to open a display that has just come up; it is started again.
-    local attempt tray_pid
-    for attempt in 1 2 3; do
-        trayer --edge top --align right --widthtype request --height 32 --SetDockType true \
-            >>"$RIG_DIR/trayer.log" 2>&1 &
-        tray_pid=$!
-        tray_up() { xdotool search --class trayer >/dev/null || ! kill -0 "$tray_pid" 2>/dev/null; }
-        wait_until 10 tray_up
-        if kill -0 "$tray_pid" 2>/dev/null && xdotool search --class trayer >/dev/null; then
-            RIG_PIDS+=("$tray_pid")
-            return 0
-        fi
-        wait "$tray_pid" 2>/dev/null || true
-        sleep 0.2
-    done
-    echo "no tray" >&2
-    return 1
+    trayer --edge top --align right --widthtype request --height 32 --SetDockType true \
+        >"$RIG_DIR/trayer.log" 2>&1 &
+    RIG_PIDS+=($!)
+    wait_until 10 xdotool search --class trayer >/dev/null || { echo "no tray" >&2; return 1; }
 }
 
 desktop_stop() {
