@@ -128,12 +128,9 @@ int CommandLine::send(const Request& request, std::string& errors)
         return 1;
     }
     dbus_connection_set_exit_on_disconnect(connection.bus, FALSE);
-    const bool running = dbus_bus_name_has_owner(connection.bus, serviceName, &error.error);
-    if (!running) {
-        errors = "tessarine: Tessarine is not running in this session\n";
-        dbus_connection_close(connection.bus);
-        return 1;
-    }
+    // One call and no ownership query first: the time from `tessarine lock` to the grab is
+    // mostly round trips through the bus. Where a service file is installed, the bus starts
+    // Tessarine for the call; otherwise the call fails with ServiceUnknown.
     const bool lock = request.action == Action::Lock;
     Message call;
     call.message = dbus_message_new_method_call(serviceName, objectPath,
@@ -155,6 +152,11 @@ int CommandLine::send(const Request& request, std::string& errors)
         dbus_connection_send_with_reply_and_block(connection.bus, call.message, 5000, &error.error);
     dbus_connection_close(connection.bus);
     if (!reply.message) {
+        if (dbus_error_has_name(&error.error, DBUS_ERROR_SERVICE_UNKNOWN) ||
+            dbus_error_has_name(&error.error, DBUS_ERROR_NAME_HAS_NO_OWNER)) {
+            errors = "tessarine: Tessarine is not running in this session\n";
+            return 1;
+        }
         errors = std::string("tessarine: ") +
                  (error.error.message ? error.error.message : "no answer") + "\n";
         return 1;

@@ -103,7 +103,6 @@ void LockSession::fullScreen()
         // directions leaves it there, above the display.
         m_services.motion.setOpacity(&m_window, 0);
         m_services.motion.moveTo(&m_window, home - QPoint(0, screen.height()));
-        m_window.show();
         makeWindowKey();
         m_services.motion.setOpacity(&m_window, 1);
         QPoint start;
@@ -128,8 +127,7 @@ void LockSession::fullScreen()
     } else {
         m_services.motion.setOpacity(&m_window, 0);
         m_services.motion.moveTo(&m_window, home);
-        m_window.show();
-        // Made key on the next turn of the event loop, as the fade starts.
+        // Shown and made key on the next turn of the event loop, as the fade starts.
         m_makeKeyCall.arm(0ms, [this] { makeWindowKey(); });
         m_services.motion.fadeIn(&m_window, int(openingDuration.count()));
     }
@@ -139,6 +137,9 @@ void LockSession::fullScreen()
 
 void LockSession::makeWindowKey()
 {
+    // Shown and grabbed in one turn of the event loop: the grab request reaches the X server
+    // right behind the map, before the first paint of a whole-screen window can delay it.
+    m_window.show();
     m_services.shield.keepAbove(windows());
     holdGrabs();
 }

@@ -36,10 +36,12 @@ private slots:
         LockSession* session = program.delegate->session();
         program.delegate->lock();
         QVERIFY(session->isLockActive());
-        QVERIFY(program.delegate->window()->isVisible());
         QCOMPARE(program.delegate->window()->geometry(), QRect(0, 0, 1920, 1080));
-        QVERIFY(!program.shield.keyboard); // made key one turn of the event loop later
+        // Shown and made key together, one turn of the event loop later.
+        QVERIFY(!program.delegate->window()->isVisible());
+        QVERIFY(!program.shield.keyboard);
         program.scheduler.advance(0ms);
+        QVERIFY(program.delegate->window()->isVisible());
         QVERIFY(program.shield.keyboard);
         QVERIFY(!program.shield.pointer);
         QCOMPARE(program.shield.above, QList<QWidget*>({program.delegate->window()}));
