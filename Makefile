@@ -2,6 +2,8 @@
 # make test  installs what is missing, checks formatting, builds with warnings as errors, and runs
 #            every test twice: once plainly and once under AddressSanitizer and UBSan
 # make bench runs the benchmarks under bench/ and prints their report
+# make deb   builds the Debian package build/tessarine_<version>_<arch>.deb
+# make install installs under /usr/local (PREFIX=/some/where for another prefix; DESTDIR works)
 
 BUILD      := build
 ASAN_BUILD := build-asan
@@ -9,7 +11,7 @@ JOBS       ?= $(shell nproc)
 CMAKE_ARGS := -G Ninja -DTESSARINE_WERROR=ON
 SOURCES     = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null || find app settings input triggers lockscreen ui platform tests bench -name '*.cpp' -o -name '*.h')
 
-.PHONY: all deps configure build run demo test test-plain test-asan format format-check bench clean
+.PHONY: all deps configure build run demo test test-plain test-asan format format-check bench deb install clean
 
 all: build
 
@@ -49,6 +51,12 @@ test-asan: deps
 bench: build
 	@tools/install-deps.sh i3lock
 	@bench/run.sh $(BUILD)
+
+deb: build
+	@cd $(BUILD) && cpack -G DEB
+
+install: build
+	@cmake --install $(BUILD) $(if $(PREFIX),--prefix $(PREFIX))
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)

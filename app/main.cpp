@@ -27,13 +27,18 @@ std::string folderOfThisBinary()
     return slash == std::string::npos ? "." : text.substr(0, slash);
 }
 
-// Beside the binary in the build tree; in <prefix>/lib/tessarine once installed.
+#ifndef TESSARINE_MODULE_FROM_BIN
+#define TESSARINE_MODULE_FROM_BIN "../lib/tessarine"
+#endif
+
+// Beside the binary in the build tree; once installed, in <prefix>/<libdir>/tessarine, found
+// from the binary's own folder so that the installed tree may be moved.
 int runProgram(int argc, char** argv)
 {
     const std::string folder = folderOfThisBinary();
     std::string candidates[] = {
         folder + "/tessarine-program.so",
-        folder + "/../lib/tessarine/tessarine-program.so",
+        folder + "/" TESSARINE_MODULE_FROM_BIN "/tessarine-program.so",
     };
     if (const char* moved = std::getenv("TESSARINE_PROGRAM_MODULE"))
         candidates[1] = candidates[0], candidates[0] = moved;

@@ -4,14 +4,19 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#ifndef TESSARINE_SCRIPTS_FROM_BIN
+#define TESSARINE_SCRIPTS_FROM_BIN "../share/tessarine/scripts"
+#endif
+
 QString ProcessScriptRunner::scriptsFolder()
 {
     const QByteArray moved = qgetenv("TESSARINE_SCRIPTS_DIR");
     if (!moved.isEmpty())
         return QString::fromLocal8Bit(moved);
     const QString bin = QCoreApplication::applicationDirPath();
-    // Installed: <prefix>/bin/tessarine and <prefix>/share/tessarine/scripts.
-    const QString installed = bin + QStringLiteral("/../share/tessarine/scripts");
+    // Installed: <prefix>/bin/tessarine and <prefix>/share/tessarine/scripts, found from the
+    // binary's folder so that the installed tree may be moved.
+    const QString installed = bin + QStringLiteral("/" TESSARINE_SCRIPTS_FROM_BIN);
     if (QFileInfo(installed).isDir())
         return QFileInfo(installed).canonicalFilePath();
     // In the build tree the scripts are copied beside the binary.

@@ -9,6 +9,7 @@ packages=(
     libplist-dev libplist++-dev libxcb1-dev libxcb-keysyms1-dev libxcb-xtest0-dev libxcb-dpms0-dev
     xvfb xauth xdotool x11-utils x11-xserver-utils imagemagick
     dbus-daemon dbus-x11 openbox trayer
+    scdoc groff-base dpkg-dev file desktop-file-utils appstream xss-lock
     mpv mpv-mpris playerctl sox
     "$@"
 )
