@@ -55,6 +55,7 @@ bool X11ScreenShield::makeKey(QWidget* window)
         return false;
     }
     const xcb_window_t id = nativeId(window);
+    m_keyWindow = window;
     const uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(m_connection, id, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     // The keyboard first: from the moment the grab succeeds every key goes to the lock, whatever
@@ -175,10 +176,29 @@ bool X11ScreenShield::nativeEventFilter(const QByteArray& eventType, void* messa
             raiseAll();
         break;
     }
+    case XCB_FOCUS_IN:
+        return keepFocus(*reinterpret_cast<xcb_focus_in_event_t*>(event));
     default:
         break;
     }
     return false;
+}
+
+// Security: Qt gives the keys of the grab to the window it believes has the focus. When another
+// client (the window manager activating a window mapped just before the lock, say) puts the
+// focus on another window of this program, the typed password would land there, behind the
+// lock. The focus goes back to the lock window, and Qt never hears of the move.
+bool X11ScreenShield::keepFocus(const xcb_focus_in_event_t& focus)
+{
+    if (!m_keyboardGrabbed || !m_keyWindow || !m_keyWindow->internalWinId())
+        return false;
+    const xcb_window_t key = nativeId(m_keyWindow);
+    if (focus.event == key || focus.detail == XCB_NOTIFY_DETAIL_POINTER ||
+        focus.detail == XCB_NOTIFY_DETAIL_INFERIOR)
+        return false;
+    xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, key, XCB_CURRENT_TIME);
+    xcb_flush(m_connection);
+    return true;
 }
 
 void X11PointerInjector::clickTopLeftAndMoveBack()

@@ -30,6 +30,7 @@ private:
     bool isOurs(xcb_window_t window) const;
     void raiseAll();
     void watchRoot(bool watch);
+    bool keepFocus(const xcb_focus_in_event_t& focus);
 
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = XCB_NONE;
@@ -38,6 +39,7 @@ private:
     bool m_keyboardGrabbed = false;
     bool m_pointerGrabbed = false;
     QList<QPointer<QWidget>> m_above;
+    QPointer<QWidget> m_keyWindow;
 };
 
 class X11PointerInjector final : public PointerInjector
