@@ -1,12 +1,16 @@
 // A stand-in for the login manager on a private "system" bus, for the end-to-end tests.
-// It answers Inhibit with one end of a pipe, and reports when the other program closes it.
-// Commands on standard input, one a line: "sleep" and "wake" send PrepareForSleep(true/false).
+// It answers Inhibit with one end of a pipe, and reports when the other program closes it; every
+// caller is told it is in one session, whose object sends Lock as `loginctl lock-session` would.
+// Commands on standard input, one a line: "sleep" and "wake" send PrepareForSleep(true/false),
+// "lock-session" sends the session's Lock.
 // Lines on standard output: "inhibited" when a delay inhibitor was taken; "released grabbed" or
-// "released free" when it was let go, telling whether the keyboard was grabbed at that moment.
+// "released free" when it was let go, telling whether the keyboard was grabbed at that moment;
+// "session" when a caller asked for its session.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
+#include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 #include <QSocketNotifier>
 
@@ -75,11 +79,40 @@ public slots:
         return handed;
     }
 
+    QDBusObjectPath GetSession(const QString&) { return session(); }
+    QDBusObjectPath GetSessionByPID(uint) { return session(); }
+
 signals:
     void PrepareForSleep(bool start);
 
 public:
+    static constexpr const char* sessionPath = "/org/freedesktop/login1/session/rig";
     void send(bool sleeping) { emit PrepareForSleep(sleeping); }
+
+private:
+    QDBusObjectPath session()
+    {
+        std::printf("session\n");
+        std::fflush(stdout);
+        return QDBusObjectPath(sessionPath);
+    }
+};
+
+class Session : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Session")
+public slots:
+    // Lockers report whether the user is idle and whether the screen is locked; nothing here
+    // depends on it.
+    void SetIdleHint(bool) {}
+    void SetLockedHint(bool) {}
+
+signals:
+    void Lock();
+
+public:
+    void lock() { emit Lock(); }
 };
 
 int main(int argc, char** argv)
@@ -87,8 +120,10 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QDBusConnection bus = QDBusConnection::systemBus();
     Manager manager;
-    if (!bus.registerObject("/org/freedesktop/login1", &manager,
-                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals) ||
+    Session session;
+    const auto exported = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
+    if (!bus.registerObject("/org/freedesktop/login1", &manager, exported) ||
+        !bus.registerObject(Manager::sessionPath, &session, exported) ||
         !bus.registerService("org.freedesktop.login1")) {
         std::fprintf(stderr, "fake_logind: cannot take the name\n");
         return 1;
@@ -96,7 +131,7 @@ int main(int argc, char** argv)
     std::printf("ready\n");
     std::fflush(stdout);
     auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
-    QObject::connect(input, &QSocketNotifier::activated, &app, [&manager, input] {
+    QObject::connect(input, &QSocketNotifier::activated, &app, [&manager, &session, input] {
         std::string line;
         if (!std::getline(std::cin, line)) {
             input->setEnabled(false);
@@ -107,6 +142,8 @@ int main(int argc, char** argv)
             manager.send(true);
         else if (line == "wake")
             manager.send(false);
+        else if (line == "lock-session")
+            session.lock();
     });
     return app.exec();
 }
