@@ -10,8 +10,13 @@ if [ "${SANITIZED:-}" = ON ]; then
     exit 77
 fi
 source "$TESTS_DIR/rig/desktop.sh"
+RIG_DIR= # no desktop yet
 work=$(mktemp -d "${TMPDIR:-/tmp}/tessarine-deb.XXXXXX")
-trap 'desktop_stop 2>/dev/null; rm -rf "$work"' EXIT
+cleanup() {
+    [ -z "${RIG_DIR:-}" ] || desktop_stop
+    rm -rf "$work"
+}
+trap cleanup EXIT
 
 # Into a folder of the test's own, so that a `make deb` at the same time is not disturbed.
 (cd "$BUILD_DIR" && cpack -G DEB -B "$work/out") >"$work/cpack.log" 2>&1 || fail "cpack failed: $(cat "$work/cpack.log")"
@@ -92,6 +97,7 @@ for name in animateOn Tessarine; do
     printf '#!/bin/sh\necho %s >>"%s"\n' "$name" "$work/scripts.txt" >"$root/usr/share/tessarine/scripts/$name"
 done
 desktop_start || fail "the desktop did not come up"
+trap cleanup EXIT # desktop_start set its own
 fake_power_supply
 write_password ab
 backlight=$RIG_DIR/backlight/panel
