@@ -10,12 +10,22 @@
 
 #include "input/PasswordBuffer.h"
 #include "input/PasswordFile.h"
+#include "lockscreen/BackgroundBuilder.h"
+#include "lockscreen/BackgroundView.h"
+#include "lockscreen/BatteryWidget.h"
+#include "lockscreen/IconRowPlacement.h"
+#include "lockscreen/LockClock.h"
+#include "lockscreen/LockControls.h"
 #include "lockscreen/LockImageChooser.h"
+#include "lockscreen/LockScreenColours.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
+#include "lockscreen/MailBadge.h"
+#include "lockscreen/MusicWidget.h"
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
+#include "platform/ScreenShield.h"
 #include "platform/SystemEvents.h"
 #include "triggers/HotKey.h"
 #include "triggers/ScheduledLock.h"
@@ -76,10 +86,13 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     m_settingsStore.writeFirstRunSettingsIfMissing();
     m_views = std::make_unique<LockScreenViews>(*m_window);
+    makeLockScreenParts();
     m_session = std::make_unique<LockSession>(
         LockSession::Services{m_platform.scheduler, m_platform.clock, m_platform.displays,
                               m_platform.shield, m_platform.pointer, m_platform.motion},
-        m_preferences, *m_displayPower, *m_window, *m_views);
+        m_preferences, *m_displayPower, *m_window, *m_views,
+        LockSession::Widgets{*m_background, *m_clock, *m_battery, *m_music, *m_mail,
+                             m_platform.dialogs});
     m_windowController = new WindowController(*this, this);
     m_window->installEventFilter(m_windowController);
     connect(m_views->enterPassword(), &QLineEdit::returnPressed, this,
@@ -89,6 +102,7 @@ void AppDelegate::applicationDidFinishLaunching()
         m_scheduledLock->buildDelayMenu(m_statusItem->lockoutItem()->menu());
     m_views->placeContact(m_platform.displays.primaryPixelSize().width());
     loadSettings();
+    setShadows();
     m_preferences.applyDefaultHotKeyCharacter();
     if (m_preferences.useTimer)
         m_scheduledLock->armFromSettings(m_preferences.hour, m_preferences.minute);
@@ -113,6 +127,36 @@ void AppDelegate::applicationDidFinishLaunching()
     if (m_preferences.useShortcut)
         m_hotKey->install();
     m_matcher.clearLastTime();
+    updateDoNotDisturbImage();
+}
+
+void AppDelegate::makeLockScreenParts()
+{
+    m_colours = std::make_unique<LockScreenColours>(m_preferences, m_settingsStore, *m_views,
+                                                    [this] { updateDoNotDisturbImage(); });
+    m_background = std::make_unique<BackgroundBuilder>(
+        BackgroundBuilder::Services{m_platform.displays, m_platform.desktopPicture}, m_preferences,
+        m_settingsStore, *m_window, *m_views,
+        [this](const QImage& picture, const QSizeF& shownSize) {
+            m_colours->determineColor(picture, shownSize);
+        },
+        [this] { updateIconPositions(true); });
+    m_iconRow = std::make_unique<IconRowPlacement>(m_preferences, *m_views, m_platform.powerSources,
+                                                   [this] { return didResolutionChange(); });
+    m_battery = std::make_unique<BatteryWidget>(m_platform.powerSources, *m_views, *m_iconRow);
+    m_music = std::make_unique<MusicWidget>(m_platform.musicPlayer, m_platform.scheduler,
+                                            m_preferences, *m_views);
+    m_clock = std::make_unique<LockClock>(m_platform.clock, m_preferences, *m_views, *m_music,
+                                          *m_battery);
+    m_mail = std::make_unique<MailBadge>(m_platform.scripts, m_platform.scheduler, m_preferences,
+                                         *m_views);
+    m_controls = std::make_unique<LockControls>(
+        LockControls::Services{m_platform.scheduler, m_platform.displays, m_platform.scripts},
+        m_preferences, *m_window, *m_views);
+    connect(m_views->doNotDisturb(), &QPushButton::clicked, this, &AppDelegate::toggleDoNotDisturb);
+    connect(m_views->shutDown(), &QPushButton::clicked, this, &AppDelegate::shutDownScript);
+    connect(m_views->cancel(), &QPushButton::clicked, this, &AppDelegate::cancelShutDown);
+    connect(m_scripting, &ScriptingInterface::mailReported, this, &AppDelegate::setMail);
 }
 
 void AppDelegate::checkForBattery()
@@ -246,6 +290,138 @@ bool AppDelegate::getLocked() const
 bool AppDelegate::getUnlocking() const
 {
     return PasswordBuffer::getUnlocking();
+}
+
+// --- Lock screen ----------------------------------------------------------------------------
+
+void AppDelegate::updateBackground()
+{
+    m_background->updateBackground();
+}
+
+void AppDelegate::positionLock()
+{
+    m_background->positionLock();
+}
+
+bool AppDelegate::didResolutionChange() const
+{
+    return m_background->didResolutionChange();
+}
+
+void AppDelegate::applicationDidChangeScreenParameters()
+{
+    m_background->applicationDidChangeScreenParameters(isLockActive());
+    if (isLockActive())
+        m_platform.shield.keepAbove(m_session->windows());
+}
+
+void AppDelegate::updateIconPositions(bool force)
+{
+    m_iconRow->updateIconPositions(force);
+}
+
+void AppDelegate::updateBattery(bool force)
+{
+    m_iconRow->updateBattery(force);
+}
+
+void AppDelegate::updateDoNotDisturb(bool force)
+{
+    m_iconRow->updateDoNotDisturb(force);
+}
+
+void AppDelegate::updateShutDown(bool force)
+{
+    m_iconRow->updateShutDown(force);
+}
+
+void AppDelegate::updatePositions()
+{
+    m_iconRow->updatePositions();
+}
+
+void AppDelegate::determineColor()
+{
+    const BackgroundView* background = m_views->background();
+    m_colours->determineColor(background->picture().toImage(),
+                              background->picture().deviceIndependentSize());
+}
+
+void AppDelegate::colorChanged(const QString& title)
+{
+    m_colours->colorChanged(title);
+}
+
+void AppDelegate::setShadows()
+{
+    m_colours->setShadows();
+}
+
+void AppDelegate::updateTime()
+{
+    m_clock->updateTime(isLockActive(), m_session->timer());
+}
+
+void AppDelegate::updateiTunes()
+{
+    m_music->updateiTunes();
+}
+
+void AppDelegate::setMail(int count)
+{
+    m_mail->setMail(count);
+}
+
+void AppDelegate::updateMail()
+{
+    m_mail->updateMail(isLockActive());
+}
+
+void AppDelegate::capslockOn()
+{
+    m_controls->capslockOn();
+}
+
+void AppDelegate::capslockOff()
+{
+    m_controls->capslockOff();
+}
+
+void AppDelegate::toggleDoNotDisturb()
+{
+    m_controls->toggleDoNotDisturb();
+}
+
+void AppDelegate::hideTextBox()
+{
+    m_controls->hideTextBox();
+}
+
+void AppDelegate::updateDoNotDisturbImage()
+{
+    m_controls->updateDoNotDisturbImage();
+}
+
+void AppDelegate::shutDownScript()
+{
+    m_controls->shutDownScript();
+}
+
+void AppDelegate::cancelShutDown()
+{
+    m_controls->cancelShutDown();
+}
+
+void AppDelegate::hideShutDown()
+{
+    m_controls->hideShutDown();
+}
+
+void AppDelegate::mediaKey(int keyType)
+{
+    if (isLockActive())
+        m_music->mediaKey(keyType);
 }
 
 // --- Password and keys ----------------------------------------------------------------------

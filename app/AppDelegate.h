@@ -12,7 +12,15 @@
 
 #include <memory>
 
+class BackgroundBuilder;
+class BatteryWidget;
 class FirstPasswordWindow;
+class IconRowPlacement;
+class LockClock;
+class LockControls;
+class LockScreenColours;
+class MailBadge;
+class MusicWidget;
 class LockScreenViews;
 class LockSession;
 class LockWindow;
@@ -86,6 +94,41 @@ public:
     float getLockBrightness() const { return m_preferences.lockBrightness; }
     DisplayPower* displayPower() const { return m_displayPower.get(); }
 
+    // --- Lock screen: background and layout ----------------------------------------------
+    void updateBackground();
+    void positionLock();
+    bool didResolutionChange() const;
+    // Displays were added, removed or resized.
+    void applicationDidChangeScreenParameters();
+    void updateIconPositions(bool force);
+    void updateBattery(bool force);
+    void updateDoNotDisturb(bool force);
+    // Places the mail badge; the name is kept from the setting that shows it.
+    void updateShutDown(bool force);
+    void updatePositions();
+
+    // --- Lock screen: text colour ---------------------------------------------------------
+    void determineColor();
+    // The colour selector's choice, by the title of its selected cell.
+    void colorChanged(const QString& title);
+    void setShadows();
+
+    // --- Lock screen: widgets -------------------------------------------------------------
+    void updateTime();
+    void updateiTunes();
+    void setMail(int count);
+    void updateMail();
+    void capslockOn();
+    void capslockOff();
+    void toggleDoNotDisturb();
+    void hideTextBox();
+    void updateDoNotDisturbImage();
+    void shutDownScript();
+    void cancelShutDown();
+    void hideShutDown();
+    // A media key while locked (16 play, 19 next, 20 previous).
+    void mediaKey(int keyType);
+
     // --- Password and keys ----------------------------------------------------------------
     // Every key typed on the lock screen, as the characters it types.
     void keyPressed(const QString& characters);
@@ -121,9 +164,15 @@ public:
     StatusItem* statusItem() const { return m_statusItem; }
     WindowController* windowController() const { return m_windowController; }
     ScriptingInterface* scriptingInterface() const { return m_scripting; }
+    BackgroundBuilder* backgroundBuilder() const { return m_background.get(); }
+    MusicWidget* musicWidget() const { return m_music.get(); }
+    MailBadge* mailBadge() const { return m_mail.get(); }
+    LockControls* lockControls() const { return m_controls.get(); }
+    IconRowPlacement* iconRow() const { return m_iconRow.get(); }
 
 private:
     void checkForBattery();
+    void makeLockScreenParts();
     void loadSettings();
     void showChosenLockImage();
     void loadPassword();
@@ -142,6 +191,14 @@ private:
     std::unique_ptr<DisplayPower> m_displayPower;
     std::unique_ptr<LockWindow> m_window;
     std::unique_ptr<LockScreenViews> m_views;
+    std::unique_ptr<LockScreenColours> m_colours;
+    std::unique_ptr<BackgroundBuilder> m_background;
+    std::unique_ptr<IconRowPlacement> m_iconRow;
+    std::unique_ptr<BatteryWidget> m_battery;
+    std::unique_ptr<MusicWidget> m_music;
+    std::unique_ptr<LockClock> m_clock;
+    std::unique_ptr<MailBadge> m_mail;
+    std::unique_ptr<LockControls> m_controls;
     std::unique_ptr<LockSession> m_session;
     std::unique_ptr<FirstPasswordWindow> m_setPassword;
     std::unique_ptr<ChangePasswordFields> m_changePassword;

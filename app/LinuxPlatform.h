@@ -6,7 +6,9 @@
 #include "platform/Dialogs.h"
 #include "platform/DisplayBrightness.h"
 #include "platform/Displays.h"
+#include "platform/LinuxDesktopPicture.h"
 #include "platform/LogindSystemEvents.h"
+#include "platform/MprisMusicPlayer.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
 #include "platform/ScriptRunner.h"
@@ -29,11 +31,13 @@ struct LinuxPlatform
     LogindSystemEvents system;
     LinuxDisplayBrightness brightness;
     ProcessScriptRunner scripts;
+    LinuxDesktopPicture desktopPicture;
+    MprisMusicPlayer musicPlayer;
 
     PlatformServices services(const QString& libraryFolder)
     {
-        return PlatformServices{clock,      scheduler, powerSources, displays, dialogs,
-                                shield,     pointer,   motion,       hotKey,   system,
-                                brightness, scripts,   libraryFolder};
+        return PlatformServices{clock,      scheduler, powerSources,   displays,    dialogs,
+                                shield,     pointer,   motion,         hotKey,      system,
+                                brightness, scripts,   desktopPicture, musicPlayer, libraryFolder};
     }
 };

@@ -2,10 +2,16 @@
 
 #include "app/DisplayPower.h"
 #include "input/PasswordBuffer.h"
+#include "lockscreen/BackgroundBuilder.h"
+#include "lockscreen/BatteryWidget.h"
+#include "lockscreen/LockClock.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
+#include "lockscreen/MailBadge.h"
+#include "lockscreen/MusicWidget.h"
 #include "lockscreen/WindowMotion.h"
 #include "platform/Clock.h"
+#include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/ImageLibrary.h"
 #include "platform/Log.h"
@@ -20,14 +26,14 @@
 using namespace std::chrono_literals;
 
 LockSession::LockSession(Services services, const Preferences& preferences,
-                         DisplayPower& displayPower, LockWindow& window, LockScreenViews& views)
+                         DisplayPower& displayPower, LockWindow& window, LockScreenViews& views,
+                         Widgets widgets)
     : m_services(services), m_preferences(preferences), m_displayPower(displayPower),
-      m_window(window), m_views(views), m_timer(services.scheduler),
-      m_timeoutTimeTimer(services.scheduler), m_mailTimer(services.scheduler),
-      m_musicTimer(services.scheduler), m_makeKeyCall(services.scheduler),
-      m_kioskCall(services.scheduler), m_circuitCall(services.scheduler),
-      m_closeCall(services.scheduler), m_unActiveCall(services.scheduler),
-      m_grabRetry(services.scheduler)
+      m_window(window), m_views(views), m_widgets(widgets), m_timer(services.scheduler),
+      m_timeoutTimeTimer(services.scheduler), m_clockTimer(services.scheduler),
+      m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
+      m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
+      m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler)
 {
 }
 
@@ -40,7 +46,7 @@ bool LockSession::getUnlocking() const
 
 QList<QWidget*> LockSession::windows() const
 {
-    return {&m_window};
+    return QList<QWidget*>{&m_window} + m_widgets.background.coverWindows();
 }
 
 QRect LockSession::firstScreen() const
@@ -52,6 +58,7 @@ void LockSession::lock()
 {
     if (m_lockActive)
         return;
+    m_widgets.background.positionLock();
     m_lockActive = true;
     PasswordBuffer::setUnlocking(false);
     if (m_preferences.timeout) {
@@ -81,16 +88,60 @@ void LockSession::turnOffDisplay()
 
 void LockSession::openWindow()
 {
+    if (m_preferences.showTime || m_preferences.showBattery || m_preferences.showMusic) {
+        // The shared timer field takes the clock's timer; the display time-out it held goes on
+        // running, reachable through its own field.
+        m_clockTimer.armRepeating(LockClock::interval,
+                                  [this] { m_widgets.clock.updateTime(m_lockActive, m_timer); });
+        m_timer.hold(m_clockTimer);
+    }
+    if (m_preferences.showShutDown)
+        m_widgets.mail.startPolling([this] { return m_lockActive; });
     if (!m_preferences.showDoNotDisturb)
         m_views.enterPassword()->hide();
     if (m_preferences.showTime)
-        m_views.time()->setText(
-            QLocale::system().toString(m_services.clock.now().time(), QLocale::ShortFormat));
-    else
-        m_views.time()->setText(QString());
-    m_window.setGeometry(firstScreen());
+        m_widgets.clock.showTime();
+    const QRect screen = firstScreen();
+    m_window.setMinimumSize(screen.size());
+    m_window.setMaximumSize(screen.size());
+    m_window.setGeometry(screen);
+    m_widgets.background.updateBackground();
+    addWidgets();
     fullScreen();
     m_lockActive = true;
+}
+
+void LockSession::addWidgets()
+{
+    // Each view added lies above those added before it.
+    const auto add = [](QWidget* view) {
+        view->show();
+        view->raise();
+    };
+    if (m_preferences.showMusic) {
+        for (QWidget* view : {static_cast<QWidget*>(m_views.musicText()),
+                              static_cast<QWidget*>(m_views.albumCover()),
+                              static_cast<QWidget*>(m_views.playPauseImage())})
+            add(view);
+        m_widgets.music.updateiTunes();
+    }
+    if (m_preferences.showBattery) {
+        add(m_views.batteryIndicator());
+        add(m_views.realPercentText());
+        m_widgets.battery.showPercentage();
+    }
+    if (m_preferences.showCapslock)
+        add(m_views.capslockText());
+    if (!m_preferences.showTime)
+        m_views.time()->setText(QString());
+    if (m_preferences.showShutDown)
+        add(m_views.mailImage());
+    if (m_preferences.showDoNotDisturb)
+        add(m_views.doNotDisturb());
+    if (m_preferences.showShutDown) {
+        m_widgets.mail.showEmptyBadge();
+        m_widgets.mail.updateMail(m_lockActive);
+    }
 }
 
 void LockSession::fullScreen()
@@ -266,17 +317,20 @@ void LockSession::screenLocked()
 void LockSession::closeWindow()
 {
     m_timer.invalidate();
-    m_musicTimer.invalidate();
-    m_mailTimer.invalidate();
+    m_widgets.music.musicTimer().invalidate();
+    m_widgets.mail.mailTimer().invalidate();
     if (m_circuit)
         m_circuit->hide();
+    m_widgets.mail.resetCount();
     m_locked = false;
     const int animation = m_preferences.closeAnimation;
     if (animation == 0) {
         tearDownViews();
         m_services.motion.stop(&m_window);
+        m_widgets.background.hideCoverWindows();
         m_window.hide();
         m_lockActive = false;
+        reportBackgroundFailure();
         return;
     }
     const QPoint home = firstScreen().topLeft();
@@ -299,6 +353,16 @@ void LockSession::closeWindow()
     m_services.motion.follow(&m_window, {home, exit}, int(closingDuration.count()));
     // Removed 10 ms before the movement ends.
     m_closeCall.arm(closeDelay, [this] { actuallyCloseWindow(); });
+    reportBackgroundFailure();
+}
+
+void LockSession::reportBackgroundFailure()
+{
+    BackgroundBuilder& background = m_widgets.background;
+    if (!background.desktopImageLoadFailed() && !background.customImageLoadFailed())
+        return;
+    m_widgets.dialogs.showAlert(QString::fromLatin1(backgroundFailedAlert));
+    background.clearLoadFailures();
 }
 
 void LockSession::tearDownViews()
@@ -321,6 +385,7 @@ void LockSession::actuallyCloseWindow()
 {
     tearDownViews();
     m_services.motion.stop(&m_window);
+    m_widgets.background.hideCoverWindows();
     m_window.hide();
     m_window.move(firstScreen().topLeft());
     m_unActiveCall.arm(unActiveDelay, [this] { unActive(); });

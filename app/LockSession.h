@@ -9,8 +9,14 @@
 #include <memory>
 #include <vector>
 
+class BackgroundBuilder;
+class BatteryWidget;
 class Clock;
+class Dialogs;
 class DisplayPower;
+class LockClock;
+class MailBadge;
+class MusicWidget;
 class LockScreenViews;
 class LockWindow;
 class PointerInjector;
@@ -41,6 +47,19 @@ public:
         PointerInjector& pointer;
         WindowMotion& motion;
     };
+    // The lock screen's parts that a session fills as it opens and empties as it closes.
+    struct Widgets
+    {
+        BackgroundBuilder& background;
+        LockClock& clock;
+        BatteryWidget& battery;
+        MusicWidget& music;
+        MailBadge& mail;
+        Dialogs& dialogs;
+    };
+    static constexpr const char* backgroundFailedAlert =
+        "Your background image could not be loaded, please make sure it is in your pictures "
+        "folder.";
 
     static constexpr const char* optionsError =
         "Error.  Make sure you have a valid combination of options.";
@@ -55,7 +74,7 @@ public:
     static constexpr std::chrono::milliseconds grabRetryFastFor{1000};
 
     LockSession(Services services, const Preferences& preferences, DisplayPower& displayPower,
-                LockWindow& window, LockScreenViews& views);
+                LockWindow& window, LockScreenViews& views, Widgets widgets);
     ~LockSession();
 
     void lock();
@@ -88,8 +107,6 @@ public:
     // The shared timer field: the later of the display time-out and the clock tick.
     TimerSlot& timer() { return m_timer; }
     TimerSlot& timeoutTimeTimer() { return m_timeoutTimeTimer; }
-    TimerSlot& mailTimer() { return m_mailTimer; }
-    TimerSlot& musicTimer() { return m_musicTimer; }
 
     QWidget* circuitWindow() const { return m_circuit.get(); }
     // Every lock window; the primary one first.
@@ -101,6 +118,8 @@ private:
     void retryGrabs();
     void tearDownViews();
     void notifyKeyboardWaiters();
+    void addWidgets();
+    void reportBackgroundFailure();
     QRect firstScreen() const;
 
     Services m_services;
@@ -108,6 +127,7 @@ private:
     DisplayPower& m_displayPower;
     LockWindow& m_window;
     LockScreenViews& m_views;
+    Widgets m_widgets;
 
     bool m_lockActive = false;
     bool m_locked = false;
@@ -117,8 +137,7 @@ private:
 
     TimerSlot m_timer;
     TimerSlot m_timeoutTimeTimer;
-    TimerSlot m_mailTimer;
-    TimerSlot m_musicTimer;
+    TimerSlot m_clockTimer;
     TimerSlot m_makeKeyCall;
     TimerSlot m_kioskCall;
     TimerSlot m_circuitCall;

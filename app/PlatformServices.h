@@ -3,10 +3,12 @@
 #include <QString>
 
 class Clock;
+class DesktopPicture;
 class Dialogs;
 class DisplayBrightness;
 class Displays;
 class GlobalHotKey;
+class MusicPlayer;
 class PointerInjector;
 class PowerSources;
 class Scheduler;
@@ -31,5 +33,7 @@ struct PlatformServices
     SystemEvents& system;
     DisplayBrightness& brightness;
     ScriptRunner& scripts;
+    DesktopPicture& desktopPicture;
+    MusicPlayer& musicPlayer;
     QString libraryFolder;
 };

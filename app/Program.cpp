@@ -8,7 +8,31 @@
 #include "platform/SessionBus.h"
 #include "triggers/ScriptingInterface.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
 #include <cstdio>
+
+namespace {
+
+// Displays added, removed or resized reach the lock screen, which covers them anew while locked.
+void watchScreens(KeyListener& app, AppDelegate& delegate)
+{
+    const auto changed = [&delegate] { delegate.applicationDidChangeScreenParameters(); };
+    const auto watch = [&delegate, changed](QScreen* screen) {
+        QObject::connect(screen, &QScreen::geometryChanged, &delegate, changed);
+    };
+    for (QScreen* screen : QGuiApplication::screens())
+        watch(screen);
+    QObject::connect(&app, &QGuiApplication::screenAdded, &delegate, [watch, changed](QScreen* s) {
+        watch(s);
+        changed();
+    });
+    QObject::connect(&app, &QGuiApplication::screenRemoved, &delegate, changed);
+    QObject::connect(&app, &QGuiApplication::primaryScreenChanged, &delegate, changed);
+}
+
+} // namespace
 
 extern "C" int tessarine_run_program(int argc, char** argv)
 {
@@ -37,6 +61,8 @@ extern "C" int tessarine_run_program(int argc, char** argv)
         break;
     }
     app.setDelegate(&delegate);
+    QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);
+    watchScreens(app, delegate);
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     return app.exec();

@@ -18,6 +18,18 @@ void WindowController::keyDown(const TranslatedKey& key)
     if (KeySequence::isSequenceKey(key.keyCode))
         m_delegate.konami(key.keyCode);
     m_delegate.keyPressed(key.characters);
+    if (key.capsLock)
+        m_delegate.capslockOn();
+    else
+        m_delegate.capslockOff();
+}
+
+void WindowController::flagsChanged(bool capsLockNowOn)
+{
+    if (capsLockNowOn)
+        m_delegate.capslockOn();
+    else
+        m_delegate.capslockOff();
 }
 
 bool WindowController::eventFilter(QObject* watched, QEvent* event)
@@ -34,6 +46,10 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
         // Media keys are not typing: the application's hook passes them to the music controls.
         if (!modifierOnly && KeyListener::mediaKeyType(press->key()) == 0)
             keyDown(key);
+        // The key's own event carries the state from before it: pressing Caps Lock turns the
+        // lock to the other state.
+        if (press->key() == Qt::Key_CapsLock && !press->isAutoRepeat())
+            flagsChanged(!key.capsLock);
         return true;
     }
     if (event->type() == QEvent::KeyRelease || event->type() == QEvent::ShortcutOverride)

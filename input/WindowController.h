@@ -16,6 +16,8 @@ public:
     WindowController(AppDelegate& delegate, QObject* parent = nullptr);
 
     void keyDown(const TranslatedKey& key);
+    // The Caps Lock key changed the modifiers.
+    void flagsChanged(bool capsLockNowOn);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,5 +1,6 @@
 #include "lockscreen/LockScreenViews.h"
 
+#include "lockscreen/BackgroundView.h"
 #include "lockscreen/BottomLeftFrame.h"
 #include "lockscreen/LockImageChooser.h"
 #include "lockscreen/LockImageView.h"
@@ -49,22 +50,29 @@ LockScreenViews::LockScreenViews(LockWindow& window) : m_window(window)
     QWidget* content = window.contentView();
 
     // The background first, so that the clock and the password field lie above it.
-    m_background = makeImageView("background");
+    m_background = new BackgroundView(content);
+    m_background->setObjectName(QStringLiteral("background"));
     m_background->setGeometry(0, 0, 0, 0);
     m_background->show();
     m_time = new QLabel(content);
     m_time->setObjectName(QStringLiteral("time"));
     m_time->setAlignment(Qt::AlignCenter);
-    m_time->hide();
+    m_time->setFont(lockScreenFont(34));
+    m_time->setAttribute(Qt::WA_TranslucentBackground);
+    m_time->show();
     m_enterPassword = new QLineEdit(content);
     m_enterPassword->setObjectName(QStringLiteral("enterPassword"));
     m_enterPassword->setEchoMode(QLineEdit::Password);
+    m_enterPassword->setAlignment(Qt::AlignCenter);
+    m_enterPassword->setPlaceholderText(QStringLiteral("Password"));
     m_enterPassword->hide();
 
     m_albumCover = makeImageView("albumCover");
     m_musicText = makeTextField("musicText", 15);
     m_capslockText = makeTextField("capslockText", 15);
     m_capslockText->setText(QString::fromLatin1(capslockNotice));
+    // An empty frame until caps lock is first seen on.
+    m_capslockText->setGeometry(0, 0, 0, 0);
     m_playPauseImage = makeImageView("playPauseImage");
     m_realPercentText = makeTextField("realPercentText", 8);
     m_realPercentText->setAlignment(Qt::AlignCenter);
@@ -83,14 +91,31 @@ LockScreenViews::LockScreenViews(LockWindow& window) : m_window(window)
     m_contact->setText(QString::fromLatin1(contactText));
 
     m_albumCover->resize(50, 50);
-    m_playPauseImage->setGeometry(0, 0, 25, 25);
+    // In the bottom-left corner, over the album cover's lower-left quarter.
+    placeFromBottomLeft(m_playPauseImage, QRectF(0, 0, 25, 25));
 
-    m_background->setGraphicsEffect(makeShadow(m_background, 0.8, 4, 2));
+    m_background->setShadow(Shadows::forBackground());
     m_lockImage = new LockImageView(content); // fills its frame on both axes independently
     m_lockImage->setObjectName(QStringLiteral("lockImage"));
     m_lockImage->setGraphicsEffect(makeShadow(m_lockImage, 0.6, 20, 10));
     m_lockImage->show();
     showLockImage(LockImageChooser::defaultImageName());
+
+    // The shut-down pair, in the top-right corner until it is dismissed.
+    m_shutDown = new QPushButton(QStringLiteral("Shut Down"), content);
+    m_shutDown->setObjectName(QStringLiteral("shutDown"));
+    m_cancel = new QPushButton(QStringLiteral("Cancel"), content);
+    m_cancel->setObjectName(QStringLiteral("cancel"));
+    for (QPushButton* button : {m_shutDown, m_cancel}) {
+        button->setFocusPolicy(Qt::NoFocus);
+        button->setFont(lockScreenFont(13));
+        button->setCursor(Qt::PointingHandCursor);
+        button->setStyleSheet(QStringLiteral(
+            "QPushButton { color: white; background: rgba(0, 0, 0, 110); border: 1px solid "
+            "rgba(255, 255, 255, 90); border-radius: 6px; padding: 3px 10px; }"
+            "QPushButton:pressed { background: rgba(255, 255, 255, 60); }"));
+        button->show();
+    }
 
     m_resizeConnection =
         QObject::connect(&window, &LockWindow::resized, &window, [this] { placeFromBottomEdge(); });
@@ -104,6 +129,51 @@ LockScreenViews::~LockScreenViews()
 void LockScreenViews::placeFromBottomEdge()
 {
     m_contact->setGeometry(BottomLeftFrame::toWidgetGeometry(m_contactFrame, m_window.height()));
+    for (const auto& [view, frame] : m_bottomLeftFrames)
+        view->setGeometry(BottomLeftFrame::toWidgetGeometry(frame, m_window.height()));
+    layOutCentre();
+}
+
+void LockScreenViews::placeFromBottomLeft(QWidget* view, const QRectF& frame)
+{
+    bool known = false;
+    for (auto& entry : m_bottomLeftFrames) {
+        if (entry.first == view) {
+            entry.second = frame;
+            known = true;
+        }
+    }
+    if (!known)
+        m_bottomLeftFrames.append({view, frame});
+    view->setGeometry(BottomLeftFrame::toWidgetGeometry(frame, m_window.height()));
+}
+
+void LockScreenViews::layOutCentre()
+{
+    // The clock and the password field stand under the lock image, which is centred on the
+    // screen: in the band that decides the text colour, 40 to 140 points below the centre.
+    const int centreX = m_window.width() / 2;
+    const int centreY = m_window.height() / 2;
+    m_time->setGeometry(centreX - 200, centreY + 88, 400, 46);
+    m_enterPassword->setGeometry(centreX - 110, centreY + 140, 220, 28);
+    const int top = 14;
+    const QSize cancelSize = m_cancel->sizeHint();
+    const QSize shutDownSize = m_shutDown->sizeHint();
+    m_cancel->setGeometry(m_window.width() - 14 - cancelSize.width(), top, cancelSize.width(),
+                          cancelSize.height());
+    m_shutDown->setGeometry(m_cancel->x() - 8 - shutDownSize.width(), top, shutDownSize.width(),
+                            shutDownSize.height());
+}
+
+QRectF LockScreenViews::batteryIcon() const
+{
+    return QRectF(m_window.width() * 0.5 - 12.5, 70, 25, 25);
+}
+
+QRectF LockScreenViews::percentText() const
+{
+    // The percentage stands just above the battery picture.
+    return QRectF(m_window.width() * 0.5 - 12.5, 70, 24, 11);
 }
 
 QLabel* LockScreenViews::makeImageView(const char* name)
@@ -152,6 +222,55 @@ void LockScreenViews::applyTextColours(bool textIsBlack)
         palette.setColor(QPalette::Base, Qt::black);
         m_enterPassword->setPalette(palette);
     }
+}
+
+void LockScreenViews::applyDecidedTextColours(bool textIsBlack)
+{
+    applyTextColours(textIsBlack);
+    if (!textIsBlack) {
+        QPalette palette = m_enterPassword->palette();
+        palette.setColor(QPalette::Text, Qt::black);
+        palette.setColor(QPalette::Base, Qt::white);
+        m_enterPassword->setPalette(palette);
+    }
+}
+
+void LockScreenViews::applyShadows(const std::optional<ShadowStyle>& texts,
+                                   const std::optional<ShadowStyle>& images,
+                                   bool keepPlayPauseShadow)
+{
+    const auto apply = [](QWidget* view, const std::optional<ShadowStyle>& style) {
+        if (!style) {
+            view->setGraphicsEffect(nullptr);
+            return;
+        }
+        // Each view gets its own copy; the offset's y grows upwards on the lock screen and
+        // downwards in Qt.
+        auto* shadow = new QGraphicsDropShadowEffect(view);
+        shadow->setColor(style->colour);
+        shadow->setBlurRadius(style->blur);
+        shadow->setOffset(style->offset.x(), -style->offset.y());
+        view->setGraphicsEffect(shadow);
+    };
+    for (QWidget* view : {static_cast<QWidget*>(m_doNotDisturb),
+                          static_cast<QWidget*>(m_capslockText), static_cast<QWidget*>(m_musicText),
+                          static_cast<QWidget*>(m_realPercentText), static_cast<QWidget*>(m_time)})
+        apply(view, texts);
+    for (QWidget* view :
+         {static_cast<QWidget*>(m_albumCover), static_cast<QWidget*>(m_batteryIndicator),
+          static_cast<QWidget*>(m_mailImage)})
+        apply(view, images);
+    if (!keepPlayPauseShadow)
+        apply(m_playPauseImage, images);
+}
+
+std::optional<ShadowStyle> LockScreenViews::shadowOf(const QWidget* view)
+{
+    const auto* shadow = qobject_cast<const QGraphicsDropShadowEffect*>(view->graphicsEffect());
+    if (!shadow)
+        return std::nullopt;
+    return ShadowStyle{shadow->color(), shadow->blurRadius(),
+                       QPointF(shadow->offset().x(), -shadow->offset().y())};
 }
 
 void LockScreenViews::showLockImage(const QString& imageName)

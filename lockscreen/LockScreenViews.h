@@ -7,10 +7,15 @@
 #include <QRectF>
 #include <QString>
 
+#include "lockscreen/TextColour.h"
+
+#include <optional>
+
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QWidget;
+class BackgroundView;
 class LockImageView;
 class LockWindow;
 
@@ -36,14 +41,32 @@ public:
     void placeContact(int primaryPixelWidth);
     QRectF contactFrame() const { return m_contactFrame; }
 
+    // The start-up colours: dark text turns the password field white on black; light text
+    // leaves the field as designed (the asymmetry is deliberate).
     void applyTextColours(bool textIsBlack);
+    // The colours a decision on the picture gives: the password field always takes the
+    // opposite colours (black on white under white text).
+    void applyDecidedTextColours(bool textIsBlack);
+    // Texts get the first shadow, images the second; none removes them. The play/pause image
+    // can be left with whatever shadow it had (the flat style does that).
+    void applyShadows(const std::optional<ShadowStyle>& texts,
+                      const std::optional<ShadowStyle>& images, bool keepPlayPauseShadow);
+    static std::optional<ShadowStyle> shadowOf(const QWidget* view);
+
+    // Frames of the lock screen's own layout, in points from the bottom-left corner of the
+    // window: the battery placeholders mark the middle of the icon row at the bottom centre.
+    QRectF batteryIcon() const;
+    QRectF percentText() const;
+    // Places a view by a frame measured from the bottom-left corner; it keeps that place when
+    // the window changes size.
+    void placeFromBottomLeft(QWidget* view, const QRectF& frame);
 
     void showLockImage(const QString& imageName);
     void showLockImage(const QImage& image);
     // The name of the built-in image shown, or an empty string for the user's own picture.
     QString lockImageName() const { return m_lockImageName; }
 
-    QLabel* background() const { return m_background; }
+    BackgroundView* background() const { return m_background; }
     QLabel* time() const { return m_time; }
     QLineEdit* enterPassword() const { return m_enterPassword; }
     QLabel* albumCover() const { return m_albumCover; }
@@ -55,15 +78,18 @@ public:
     QPushButton* doNotDisturb() const { return m_doNotDisturb; }
     QLabel* mailImage() const { return m_mailImage; }
     QLabel* contact() const { return m_contact; }
+    QPushButton* shutDown() const { return m_shutDown; }
+    QPushButton* cancel() const { return m_cancel; }
     LockImageView* lockImage() const { return m_lockImage; }
 
 private:
     QLabel* makeImageView(const char* name);
     QLabel* makeTextField(const char* name, int fontSize);
     void placeFromBottomEdge();
+    void layOutCentre();
 
     LockWindow& m_window;
-    QLabel* m_background = nullptr;
+    BackgroundView* m_background = nullptr;
     QLabel* m_time = nullptr;
     QLineEdit* m_enterPassword = nullptr;
     QLabel* m_albumCover = nullptr;
@@ -76,7 +102,10 @@ private:
     QLabel* m_mailImage = nullptr;
     QLabel* m_contact = nullptr;
     LockImageView* m_lockImage = nullptr;
+    QPushButton* m_shutDown = nullptr;
+    QPushButton* m_cancel = nullptr;
     QRectF m_contactFrame;
+    QList<QPair<QWidget*, QRectF>> m_bottomLeftFrames;
     QMetaObject::Connection m_resizeConnection;
     QString m_lockImageName;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QRect>
 #include <QSize>
 
@@ -12,6 +13,8 @@ public:
     virtual QSize primaryPixelSize() const = 0;
     // The primary display's geometry in device-independent pixels, origin top-left.
     virtual QRect primaryGeometry() const = 0;
+    // Every display's geometry, the primary (first) display first.
+    virtual QList<QRect> screenGeometries() const = 0;
 };
 
 class QtDisplays final : public Displays
@@ -19,4 +22,5 @@ class QtDisplays final : public Displays
 public:
     QSize primaryPixelSize() const override;
     QRect primaryGeometry() const override;
+    QList<QRect> screenGeometries() const override;
 };

@@ -43,6 +43,40 @@ xdotool type --delay 40 "demo"
 sleep 1
 import -window root "$out/06-unlocked.png"
 
+stop_tessarine
+
+# The lock screen with its widgets: a picture behind, the clock, the battery, the mail badge and
+# a track playing in mpv, first on a dark picture (light text), then on a light one (dark text).
+music=$RIG_DIR/music
+mkdir -p "$music"
+sox -n --comment "TITLE=Evening Tone" -r 44100 "$music/tone.flac" synth 600 sine 440 2>/dev/null
+convert -size 240x240 gradient:'#f2a541'-'#c0392b' "$music/cover.png"
+mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
+    "$music/tone.flac" >/dev/null 2>&1 &
+player=$!
+trap 'kill $player 2>/dev/null || true' EXIT
+sleep 1
+shoot_lock_screen() { # PICTURE-SPEC NAME
+    convert -size 1280x800 "$1" "$RIG_DIR/picture.png"
+    write_options "<key>desktopImageType</key><integer>2</integer>
+<key>desktopImageURL</key><string>file://$RIG_DIR/picture.png</string>
+<key>showTime</key><true/><key>showBattery</key><true/><key>showMusic</key><true/>
+<key>showShutDown</key><true/><key>showDoNotDisturb</key><true/><key>flat</key><false/>
+<key>closeAnimation</key><integer>0</integer>"
+    start_tessarine
+    wait_until 10 tray_icon_embedded
+    "$TESSARINE" lock
+    sleep 1
+    "$TESSARINE" mail 3
+    sleep 0.5
+    import -window root "$out/$2.png"
+    xdotool type --delay 40 "demo"
+    sleep 0.5
+    stop_tessarine
+}
+shoot_lock_screen 'gradient:#1d3557-#0b1320' 07-lock-screen-light-text
+shoot_lock_screen 'gradient:#ffffff-#dfe7ef' 08-lock-screen-dark-text
+
 echo "Tessarine ran in a private headless desktop (there is no DISPLAY). Screenshots:"
 ls -1 "$out"/*.png | sed 's/^/  /'
 echo "The demo password was \"demo\": saved, locked from the tray icon, typed, unlocked."

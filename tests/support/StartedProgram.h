@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FakeDesktopPicture.h"
+#include "FakeMusicPlayer.h"
 #include "ManualScheduler.h"
 #include "PlatformFakes.h"
 #include "TestLibrary.h"
@@ -24,7 +26,7 @@ struct StartedProgram
         PasswordBuffer::setLastNudgeTime(0);
         delegate = std::make_unique<AppDelegate>(
             PlatformServices{clock, scheduler, power, displays, dialogs, shield, pointer, motion,
-                             hotKey, system, brightness, scripts, folder});
+                             hotKey, system, brightness, scripts, pictures, player, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -41,5 +43,7 @@ struct StartedProgram
     FakeSystemEvents system;
     FakeBrightness brightness;
     FakeScripts scripts;
+    FakeDesktopPicture pictures;
+    FakeMusicPlayer player;
     std::unique_ptr<AppDelegate> delegate;
 };

@@ -1,3 +1,4 @@
+#include "lockscreen/BackgroundView.h"
 #include "lockscreen/BottomLeftFrame.h"
 #include "lockscreen/LockImageView.h"
 #include "lockscreen/LockScreenViews.h"
@@ -51,7 +52,8 @@ private slots:
         LockWindow window;
         LockScreenViews views(window);
         QCOMPARE(views.albumCover()->size(), QSize(50, 50));
-        QCOMPARE(views.playPauseImage()->geometry(), QRect(0, 0, 25, 25));
+        QCOMPARE(views.playPauseImage()->geometry(), QRect(0, window.height() - 25, 25, 25));
+        QCOMPARE(views.capslockText()->size(), QSize(0, 0));
         QCOMPARE(views.background()->geometry(), QRect(0, 0, 0, 0));
         QVERIFY(views.lockImage()->hasScaledContents());
         QVERIFY(views.doNotDisturb()->isFlat());
@@ -63,12 +65,12 @@ private slots:
     {
         LockWindow window;
         LockScreenViews views(window);
-        auto* background =
-            qobject_cast<QGraphicsDropShadowEffect*>(views.background()->graphicsEffect());
+        // The background draws its own shadow, where the picture leaves linen around it.
+        const std::optional<ShadowStyle> background = views.background()->shadow();
         QVERIFY(background);
-        QCOMPARE(background->blurRadius(), 4.0);
-        QCOMPARE(background->offset(), QPointF(0, 2));
-        QCOMPARE(background->color().alphaF(), 0.8f);
+        QCOMPARE(background->blur, 4.0);
+        QCOMPARE(background->offset, QPointF(0, -2));
+        QCOMPARE(background->colour.alphaF(), 0.8f);
         auto* lock = qobject_cast<QGraphicsDropShadowEffect*>(views.lockImage()->graphicsEffect());
         QVERIFY(lock);
         QCOMPARE(lock->blurRadius(), 20.0);

@@ -278,7 +278,7 @@ private slots:
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(1s);
-        program.delegate->window()->resize(800, 600);
+        program.delegate->window()->setFixedSize(800, 600); // held to the screen's size otherwise
         program.delegate->unlock();
         QCOMPARE(program.motion.log.last(), QString("follow 0,0 > 800,0 in 200"));
     }

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <QSizeF>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class DesktopPicture;
+class Displays;
+class LockScreenViews;
+class LockWindow;
+class QWidget;
+class SettingsStore;
+struct Preferences;
+
+// What lies behind the lock: the primary display's background (the desktop picture, linen, the
+// user's own picture, or nothing) and a cover window on every further display with its own
+// background and a copy of the lock image.
+//
+// The primary background is rebuilt only when it must be: on the first lock of a run, after the
+// kind changed, after the resolution changed in both dimensions, or, for the desktop picture,
+// when its URL changed. Cover windows are cheap and made anew on every lock.
+class BackgroundBuilder
+{
+public:
+    enum Kind
+    {
+        DesktopKind = 0,
+        LinenKind = 1,
+        CustomKind = 2,
+        ClearKind = 3
+    };
+    // Pictures are decoded up to this many pixels (120 MB as 32-bit pixels, under the 128 MB
+    // Qt's readers allow); larger ones are decoded scaled down where the format allows it (JPEG,
+    // SVG), and otherwise count as not decoded. An 8K picture is decoded a little smaller.
+    static constexpr qint64 maxDecodedPixels = 30'000'000;
+
+    struct Services
+    {
+        Displays& displays;
+        DesktopPicture& desktopPicture;
+    };
+    // `pictureShown` runs after the primary background was rebuilt from a picture (the text
+    // colour is decided from it); `rebuilt` after every rebuild (the icon row is placed anew).
+    BackgroundBuilder(Services services, const Preferences& preferences, const SettingsStore& store,
+                      LockWindow& window, LockScreenViews& views,
+                      std::function<void(const QImage&, const QSizeF&)> pictureShown,
+                      std::function<void()> rebuilt);
+    ~BackgroundBuilder();
+
+    void updateBackground();
+    void positionLock();
+    bool didResolutionChange() const;
+    // Displays were added, removed or resized; only a lock in progress cares.
+    void applicationDidChangeScreenParameters(bool lockActive);
+
+    // The kind setters of the preferences clear this when the kind changes.
+    void setBackgroundReady(bool ready) { m_backgroundReady = ready; }
+    bool backgroundReady() const { return m_backgroundReady; }
+    QString cachedDesktopImageURL() const { return m_cachedDesktopImageURL; }
+    bool desktopImageLoadFailed() const { return m_desktopImageLoadFailed; }
+    bool customImageLoadFailed() const { return m_customImageLoadFailed; }
+    void clearLoadFailures();
+
+    // The cover windows of the further displays, in screen order.
+    QList<QWidget*> coverWindows() const;
+    void hideCoverWindows();
+
+    // Decodes a picture within the memory bound above; a null image when it does not decode.
+    // `size` receives the picture's own size (0 x 0 when unknown).
+    static QImage decode(const QByteArray& bytes, QSize* size = nullptr);
+
+private:
+    bool keepsPrimary() const;
+    void buildPrimary(int width, int height);
+    QByteArray customPictureBytes();
+    void buildCoverWindows();
+    std::unique_ptr<QWidget> makeCoverWindow(int index, const QRect& screen);
+
+    Services m_services;
+    const Preferences& m_preferences;
+    const SettingsStore& m_store;
+    LockWindow& m_window;
+    LockScreenViews& m_views;
+    std::function<void(const QImage&, const QSizeF&)> m_pictureShown;
+    std::function<void()> m_rebuilt;
+
+    bool m_backgroundReady = false;
+    int m_lastScreenWidth = 0;
+    int m_lastScreenHeight = 0;
+    QString m_cachedDesktopImageURL;
+    bool m_desktopImageLoadFailed = false;
+    bool m_customImageLoadFailed = false;
+    std::vector<std::unique_ptr<QWidget>> m_coverWindows;
+};

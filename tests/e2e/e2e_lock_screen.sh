@@ -1,0 +1,125 @@
+# The lock screen as a user sees it: a picture behind, text drawn dark on a light picture and
+# light on a dark one, the clock and the lock image, the battery, the playing track of a real
+# player (mpv over MPRIS) with its cover, the media keys, and the mail badge set over the bus.
+# Screenshots are kept in $SCREENSHOT_DIR.
+set -u
+source "$TESTS_DIR/rig/desktop.sh"
+desktop_start 1280x800 || fail "the desktop did not come up"
+fake_power_supply
+write_password ab
+shots=${SCREENSHOT_DIR:-$RIG_DIR}
+mkdir -p "$shots"
+# Quiet scripts, so that only the bus sets the mail count here.
+export TESSARINE_SCRIPTS_DIR=$RIG_DIR/scripts
+mkdir -p "$TESSARINE_SCRIPTS_DIR"
+for name in animateOn Tessarine Mail; do
+    printf '#!/bin/sh\nexit 0\n' >"$TESSARINE_SCRIPTS_DIR/$name"
+    chmod +x "$TESSARINE_SCRIPTS_DIR/$name"
+done
+
+# The player: a long tone with a title, and a cover beside it.
+music=$RIG_DIR/music
+mkdir -p "$music"
+sox -n --comment "TITLE=Evening Tone" -r 44100 "$music/tone.flac" synth 600 sine 440 ||
+    fail "sox could not make the tone"
+convert -size 120x120 xc:'#d01070' "$music/cover.png"
+mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
+    "$music/tone.flac" >/dev/null 2>&1 &
+player=$!
+trap 'kill $player 2>/dev/null' EXIT
+player_status() { playerctl --player=mpv status 2>/dev/null; }
+status_is() { [ "$(player_status)" = "$1" ]; }
+titled() { [ "$(playerctl --player=mpv metadata title 2>/dev/null)" = "Evening Tone" ]; }
+wait_until 10 status_is Playing || fail "mpv did not start playing"
+wait_until 5 titled || fail "mpv did not read the title"
+
+# Helpers on screenshots: the share of a region darker (or lighter) than a level, and whether
+# a colour close to the given one occurs in it.
+share_below() { # SHOT W H X Y LEVEL%
+    convert "$1" -crop "$2x$3+$4+$5" +repage -colorspace Gray -threshold "$6%" -negate \
+        -format '%[fx:mean]' info:
+}
+share_above() { # SHOT W H X Y LEVEL%
+    convert "$1" -crop "$2x$3+$4+$5" +repage -colorspace Gray -threshold "$6%" \
+        -format '%[fx:mean]' info:
+}
+has_colour() { # SHOT W H X Y COLOUR
+    [ "$(convert "$1" -crop "$2x$3+$4+$5" +repage -fuzz 12% -fill black +opaque "$6" \
+        -fill white -opaque "$6" -format '%[fx:mean>0]' info:)" = 1 ]
+}
+positive() { awk -v v="$1" 'BEGIN { exit !(v > 0) }'; }
+shot() { import -window root "$shots/$1.png" && echo "$shots/$1.png"; }
+locked() { keyboard_grabbed_by_other; }
+
+lock_with_picture() { # COLOUR NAME
+    convert -size 1280x800 xc:"$1" "$RIG_DIR/$2.png"
+    write_options "<key>desktopImageType</key><integer>2</integer>
+<key>desktopImageURL</key><string>file://$RIG_DIR/$2.png</string>
+<key>showTime</key><true/><key>showBattery</key><true/><key>showMusic</key><true/>
+<key>showShutDown</key><true/><key>showDoNotDisturb</key><true/>
+<key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
+<key>flat</key><false/>"
+    : >"$RIG_DIR/tessarine.log"
+    start_tessarine
+    wait_until 5 tray_icon_embedded || fail "no tray icon"
+    "$TESSARINE" lock
+    wait_until 3 locked || fail "the lock was not taken"
+    sleep 0.8 # the fade and the first paint
+}
+
+unlock() {
+    xdotool type --delay 40 ab
+    wait_until 3 keyboard_free || fail "the password did not unlock"
+    stop_tessarine
+}
+
+# --- A light picture: dark text. ------------------------------------------------------------
+lock_with_picture white light
+light=$(shot lock-screen-black-text)
+# The clock under the lock image, at the centre: dark glyphs on the white picture.
+positive "$(share_below "$light" 400 46 440 488 40)" || fail "no dark clock text on the light picture"
+# The lock image covers the centre.
+positive "$(share_below "$light" 60 60 610 370 60)" || fail "no lock image at the centre"
+# The battery at the bottom centre: a dark glyph.
+positive "$(share_below "$light" 60 30 610 715 50)" || fail "no battery in the icon row"
+# The cover in the bottom-left corner, at 0.6 over the white picture.
+has_colour "$light" 20 20 17 758 '#e370a9' || fail "no album cover in the corner"
+# The track: "Now Playing: Evening Tone" to the right of the cover.
+band() { convert "$1" -crop 300x22+55+778 +repage "$RIG_DIR/$2.png"; }
+band "$light" playing
+positive "$(share_below "$light" 300 22 55 778 40)" || fail "no track line"
+
+# Paused in the player itself: the line changes within a second.
+playerctl --player=mpv pause
+wait_until 2 status_is Paused || fail "mpv did not pause"
+changed_from_playing() {
+    import -window root "$RIG_DIR/now.png"
+    band "$RIG_DIR/now.png" now
+    [ "$(compare -metric AE "$RIG_DIR/playing.png" "$RIG_DIR/now.png" null: 2>&1)" != 0 ]
+}
+wait_until 1.5 changed_from_playing || fail "the line did not change to paused within a second"
+paused=$(shot lock-screen-paused)
+
+# The play key while locked reaches the player through Tessarine, which holds the keyboard.
+xdotool key XF86AudioPlay
+wait_until 2 status_is Playing || fail "the play key did not resume the player: $(player_status)"
+xdotool key XF86AudioPlay
+wait_until 2 status_is Paused || fail "the play key did not pause the player: $(player_status)"
+
+# The mail badge: an empty envelope, then the count 3 set over the bus (a red badge).
+! has_colour "$paused" 40 40 600 705 '#e0312c' || fail "a count badge before any count"
+busctl --user set-property org.tessarine.Tessarine /org/tessarine/Tessarine \
+    org.tessarine.Tessarine mail i 3
+badge() { import -window root "$RIG_DIR/badge.png" && has_colour "$RIG_DIR/badge.png" 40 40 600 705 '#e0312c'; }
+wait_until 2 badge || fail "the mail badge did not show the count"
+shot lock-screen-mail >/dev/null
+unlock
+
+# --- A dark picture: light text. ------------------------------------------------------------
+playerctl --player=mpv play
+lock_with_picture '#102040' dark
+dark=$(shot lock-screen-white-text)
+positive "$(share_above "$dark" 400 46 440 488 80)" || fail "no light clock text on the dark picture"
+positive "$(share_above "$dark" 60 30 610 715 70)" || fail "no light battery on the dark picture"
+unlock
+echo PASS
