@@ -311,8 +311,10 @@ bool AppDelegate::didResolutionChange() const
 
 void AppDelegate::applicationDidChangeScreenParameters()
 {
-    m_background->applicationDidChangeScreenParameters(isLockActive());
-    if (isLockActive())
+    // A lock on its way out covers nothing new: its windows are about to go.
+    const bool covering = isLockActive() && !m_session->isClosing();
+    m_background->applicationDidChangeScreenParameters(covering);
+    if (covering)
         m_platform.shield.keepAbove(m_session->windows());
 }
 

@@ -59,6 +59,7 @@ void LockSession::lock()
     if (m_lockActive)
         return;
     m_widgets.background.positionLock();
+    m_closing = false;
     m_lockActive = true;
     PasswordBuffer::setUnlocking(false);
     if (m_preferences.timeout) {
@@ -105,10 +106,26 @@ void LockSession::openWindow()
     m_window.setMinimumSize(screen.size());
     m_window.setMaximumSize(screen.size());
     m_window.setGeometry(screen);
+    takeKeyboardFirst(screen);
     m_widgets.background.updateBackground();
     addWidgets();
     fullScreen();
     m_lockActive = true;
+}
+
+void LockSession::takeKeyboardFirst(const QRect& screen)
+{
+    // Security: the keyboard is taken before anything slow runs (a large picture decoded, the
+    // music player asked, the settings file written), so that keys typed while the lock screen
+    // is built never reach the desktop. The window waits where its opening starts: transparent
+    // on the display for the fade, above the display for a slide. Both paint only once built,
+    // on the next turn of the event loop.
+    m_window.setWindowOpacity(0);
+    const bool slides = m_preferences.startAnimation != 0;
+    m_window.move(slides ? screen.topLeft() - QPoint(0, screen.height()) : screen.topLeft());
+    m_window.show();
+    m_services.shield.keepAbove(windows());
+    holdGrabs();
 }
 
 void LockSession::addWidgets()
@@ -192,7 +209,9 @@ void LockSession::makeWindowKey()
     // right behind the map, before the first paint of a whole-screen window can delay it.
     m_window.show();
     m_services.shield.keepAbove(windows());
-    holdGrabs();
+    // Taken as the lock opened; a retry under way goes on by itself.
+    if (!m_grabRetry.isArmed())
+        holdGrabs();
 }
 
 void LockSession::kioskMode()
@@ -323,6 +342,8 @@ void LockSession::closeWindow()
         m_circuit->hide();
     m_widgets.mail.resetCount();
     m_locked = false;
+    m_closing = true;
+    m_widgets.music.stopTimers();
     const int animation = m_preferences.closeAnimation;
     if (animation == 0) {
         tearDownViews();

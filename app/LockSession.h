@@ -100,6 +100,8 @@ public:
     void whenKeyboardHeld(std::function<void()> callback);
 
     bool isLockActive() const { return m_lockActive; }
+    // The lock is on its way out: still active until its windows are gone.
+    bool isClosing() const { return m_lockActive && m_closing; }
     bool getLocked() const { return m_locked; }
     bool getUnlocking() const;
     bool animateWasActiveFlag() const { return m_animateWasActive; }
@@ -118,6 +120,7 @@ private:
     void retryGrabs();
     void tearDownViews();
     void notifyKeyboardWaiters();
+    void takeKeyboardFirst(const QRect& screen);
     void addWidgets();
     void reportBackgroundFailure();
     QRect firstScreen() const;
@@ -131,6 +134,7 @@ private:
 
     bool m_lockActive = false;
     bool m_locked = false;
+    bool m_closing = false;
     bool m_animateWasActive = false;
     bool m_wantPointer = false;
     std::chrono::milliseconds m_grabRetriedFor{0};

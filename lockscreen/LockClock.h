@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QString>
 
+#include <chrono>
+
 class BatteryWidget;
 class Clock;
 class LockScreenViews;

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <chrono>
+#include <memory>
 
 class Displays;
 class LockScreenViews;

@@ -117,6 +117,12 @@ LockScreenViews::LockScreenViews(LockWindow& window) : m_window(window)
         button->show();
     }
 
+    // Security: no element of the lock screen opens a menu of its own. A popup menu takes the
+    // keyboard grab and gives it back to nobody when it closes.
+    for (QWidget* child : content->findChildren<QWidget*>())
+        child->setContextMenuPolicy(Qt::NoContextMenu);
+    content->setContextMenuPolicy(Qt::NoContextMenu);
+
     m_resizeConnection =
         QObject::connect(&window, &LockWindow::resized, &window, [this] { placeFromBottomEdge(); });
 }

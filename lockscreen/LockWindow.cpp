@@ -11,6 +11,9 @@ LockWindow::LockWindow(QWidget* parent)
     // that no key can slip to another window in between.
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QStringLiteral("Tessarine lock screen"));
+    // A window with an alpha channel, so that the clear background can let the desktop show
+    // under a compositing manager; every other background paints it opaque.
+    setAttribute(Qt::WA_TranslucentBackground);
     setAutoFillBackground(true);
     QPalette background = palette();
     background.setColor(QPalette::Window, Qt::black);

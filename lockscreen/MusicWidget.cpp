@@ -104,11 +104,16 @@ void MusicWidget::updateiTunes()
     switch (playerState) {
     case PlayerState::Playing: {
         m_musicShownPaused = false;
-        // Redrawn when the track should end, so that the next one shows.
-        const double remaining = track->duration - m_player.playerPosition();
-        const auto delay = std::chrono::milliseconds(
-            remaining > 0 ? qint64(std::min(remaining, 86400.0) * 1000.0) : 0);
-        m_musicTimer->arm(delay, [this] { updateiTunes(); });
+        // Redrawn when the track should end, so that the next one shows. A stream has no
+        // length: the tick's watch and the keys redraw it. A track already past its end is
+        // asked again a second later, not at once, so that a player stuck there cannot keep
+        // the lock screen busy.
+        if (track->duration > 0) {
+            const double remaining = track->duration - m_player.playerPosition();
+            const auto delay = std::chrono::milliseconds(
+                remaining > 0 ? qint64(std::min(remaining, 86400.0) * 1000.0) : 1000);
+            m_musicTimer->arm(delay, [this] { updateiTunes(); });
+        }
         prefix = QString::fromLatin1(playingPrefix);
         break;
     }
@@ -133,6 +138,12 @@ void MusicWidget::updateiTunes()
     m_views.placeFromBottomLeft(cover, QRectF(2.0, 2.0, 50, 50));
     m_views.placeFromBottomLeft(text, QRectF(55.0, 0.0, std::trunc(width) + 80, 23.0));
     text->setText(line);
+}
+
+void MusicWidget::stopTimers()
+{
+    m_musicTimer->invalidate();
+    m_keyRefresh->invalidate();
 }
 
 void MusicWidget::watchForChange()

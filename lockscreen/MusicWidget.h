@@ -41,6 +41,8 @@ public:
     // the track's own picture or nothing is shown).
     QString stateImage() const { return m_stateImage; }
     QString coverPlaceholder() const { return m_coverPlaceholder; }
+    // As the lock closes: no redraw is left pending.
+    void stopTimers();
     // The timer that redraws the widget when the playing track should end.
     TimerSlot& musicTimer() { return *m_musicTimer; }
 

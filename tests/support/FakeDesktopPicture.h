@@ -6,6 +6,8 @@
 #include <QHash>
 #include <QStringList>
 
+#include <functional>
+
 // A desktop whose picture the test chooses: a URL per screen and the bytes behind each URL.
 // Remembers what it was asked.
 class FakeDesktopPicture final : public DesktopPicture
@@ -22,9 +24,14 @@ public:
         bytes.insert(url, content);
     }
 
+    // Runs whenever a screen's picture is asked for.
+    std::function<void()> onAsk;
+
     QString urlForScreen(int index) override
     {
         screensAsked.append(index);
+        if (onAsk)
+            onAsk();
         return urls.value(index);
     }
     QByteArray read(const QString& url) override

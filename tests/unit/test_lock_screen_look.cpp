@@ -15,6 +15,7 @@
 #include <QBuffer>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 
@@ -131,6 +132,21 @@ private slots:
                  QString("file:///pictures/snow.png"));
     }
 
+    void theKeyboardIsHeldBeforeThePictureIsFetched()
+    {
+        TestLibrary library;
+        library.configure("<key>desktopImageType</key><integer>0</integer>"
+                          "<key>startAnimation</key><integer>2</integer>");
+        StartedProgram program(library.folder());
+        std::optional<bool> heldWhenAsked;
+        program.pictures.onAsk = [&] {
+            if (!heldWhenAsked)
+                heldWhenAsked = program.shield.keyboard;
+        };
+        program.delegate->lock();
+        QCOMPARE(heldWhenAsked, std::optional<bool>(true));
+    }
+
     void theSameDesktopPictureIsNotBuiltAgainButCoverWindowsAre()
     {
         TestLibrary library;
@@ -140,9 +156,11 @@ private slots:
         program.pictures.setPicture(0, "file:///a.png", solidPicture({1920, 1080}, Qt::white));
         lockAndOpen(program);
         QCOMPARE(program.pictures.urlsRead.count("file:///a.png"), 1);
-        QWidget* firstCover = program.delegate->backgroundBuilder()->coverWindows().value(0);
+        const QPointer<QWidget> firstCover =
+            program.delegate->backgroundBuilder()->coverWindows().value(0);
         QVERIFY(firstCover);
         unlockAndClose(program);
+        QVERIFY(!firstCover->isVisible()); // the end of the lock takes it away
         // The text colour is decided only when the picture is built: a choice made in between
         // stays.
         program.delegate->colorChanged("White");
@@ -151,6 +169,7 @@ private slots:
         QCOMPARE(program.delegate->preferences().textIsBlack, 0);
         const QList<QWidget*> covers = program.delegate->backgroundBuilder()->coverWindows();
         QCOMPARE(covers.size(), 1);
+        QVERIFY(covers.first() != firstCover); // made anew
         QVERIFY(covers.first()->isVisible());
         QCOMPARE(covers.first()->geometry(), QRect(1920, 0, 1280, 1024));
         QCOMPARE(program.delegate->session()->windows().size(), 2);
@@ -331,6 +350,34 @@ private slots:
         // Kept above everything with the primary window.
         QCOMPARE(program.shield.above, windows);
         QCOMPARE(program.delegate->views()->lockImage()->geometry(), QRect(1227, 641, 107, 159));
+    }
+
+    void aDisplayChangeAsTheLockClosesCoversNothing()
+    {
+        TestLibrary library;
+        library.configure("<key>closeAnimation</key><integer>2</integer>");
+        StartedProgram program(library.folder());
+        lockAndOpen(program);
+        program.delegate->unlock();
+        program.scheduler.advance(250ms); // the windows are gone, the lock not yet over
+        QVERIFY(program.delegate->isLockActive());
+        program.displays.others = {QRect(1920, 0, 1920, 1080)};
+        program.delegate->applicationDidChangeScreenParameters();
+        for (QWidget* cover : program.delegate->backgroundBuilder()->coverWindows())
+            QVERIFY(!cover->isVisible());
+    }
+
+    void aPictureShownSmallerThanItsOwnSizeIsSampledOverTheSameScreenArea()
+    {
+        // A 2000 x 1600 picture shown at 1000 x 800: the block under the centre is twice as
+        // large in the picture's pixels. Only that larger block is light here.
+        QImage picture = solidImage({2000, 1600}, Qt::black);
+        for (int y = 880; y < 1080; ++y)
+            for (int x = 600; x < 1400; ++x)
+                picture.setPixelColor(x, y, Qt::white);
+        QVERIFY(TextColour::wantsBlackText(TextColour::lightness(picture, QSizeF(1000, 800))));
+        // Taken at its own size, the same picture's block is only partly light.
+        QVERIFY(!TextColour::wantsBlackText(TextColour::lightness(picture, QSizeF(2000, 1600))));
     }
 
     void aDisplayChangeWhileUnlockedDoesNothing()
