@@ -267,6 +267,11 @@ void AppDelegate::simulateClick()
     m_session->simulateClick();
 }
 
+void AppDelegate::pointerMoved()
+{
+    m_session->pointerMoved();
+}
+
 void AppDelegate::lockAppleScript()
 {
     lock();

@@ -56,6 +56,8 @@ public:
     // Another locker came up: ours gives way.
     void screenLocked();
     void simulateClick();
+    // The pointer moved on the lock screen.
+    void pointerMoved();
     void animateWasActive();
     // The lock requested by another program.
     void lockAppleScript();

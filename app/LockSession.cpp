@@ -33,7 +33,8 @@ LockSession::LockSession(Services services, const Preferences& preferences,
       m_timeoutTimeTimer(services.scheduler), m_clockTimer(services.scheduler),
       m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
       m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
-      m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler)
+      m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler),
+      m_pressSettling(services.scheduler)
 {
 }
 
@@ -303,6 +304,20 @@ void LockSession::simulateClick()
     if (!m_services.shield.holdsPointer())
         return;
     m_services.pointer.clickTopLeftAndMoveBack();
+    m_pressHeld = true;
+    // The press's own movements arrive in the next moments; only later ones are the user's.
+    m_pressSettling.arm(pressSettlingTime, [] {});
+}
+
+void LockSession::pointerMoved()
+{
+    if (!m_pressHeld || m_pressSettling.isArmed())
+        return;
+    // The user has taken the mouse: the synthetic press is let go, so that a click on the lock
+    // screen's controls arrives whole (on X a button held down swallows the next press of the
+    // same button). The pointer stays grabbed.
+    m_services.pointer.releasePressedButton();
+    m_pressHeld = false;
 }
 
 void LockSession::unlock()
@@ -319,6 +334,7 @@ void LockSession::unlock()
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees
     // a button held down.
     m_services.pointer.releasePressedButton();
+    m_pressHeld = false;
     m_services.shield.releaseGrabs();
     m_timeoutTimeTimer.invalidate();
     if (m_preferences.dimEnabled)

@@ -72,6 +72,7 @@ public:
     static constexpr std::chrono::milliseconds grabRetryFast{10};
     static constexpr std::chrono::milliseconds grabRetrySlow{250};
     static constexpr std::chrono::milliseconds grabRetryFastFor{1000};
+    static constexpr std::chrono::milliseconds pressSettlingTime{100};
 
     LockSession(Services services, const Preferences& preferences, DisplayPower& displayPower,
                 LockWindow& window, LockScreenViews& views, Widgets widgets);
@@ -91,6 +92,8 @@ public:
     void actuallyCloseWindow();
     void unActive();
     void simulateClick();
+    // The pointer moved on the lock screen.
+    void pointerMoved();
     // The display time-out: a fresh timer of the set minutes, in both timer fields.
     void armDisplayTimeout();
     void turnOffDisplay();
@@ -148,6 +151,8 @@ private:
     TimerSlot m_closeCall;
     TimerSlot m_unActiveCall;
     TimerSlot m_grabRetry;
+    TimerSlot m_pressSettling;
+    bool m_pressHeld = false;
     std::unique_ptr<QWidget> m_circuit;
     std::vector<std::function<void()>> m_keyboardWaiters;
 };

@@ -54,5 +54,7 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
     }
     if (event->type() == QEvent::KeyRelease || event->type() == QEvent::ShortcutOverride)
         return true;
+    if (event->type() == QEvent::MouseMove)
+        m_delegate.pointerMoved();
     return QObject::eventFilter(watched, event);
 }

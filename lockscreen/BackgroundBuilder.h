@@ -35,8 +35,9 @@ public:
         ClearKind = 3
     };
     // Pictures are decoded up to this many pixels (120 MB as 32-bit pixels, under the 128 MB
-    // Qt's readers allow); larger ones are decoded scaled down where the format allows it (JPEG,
-    // SVG), and otherwise count as not decoded. An 8K picture is decoded a little smaller.
+    // Qt's readers allow); larger ones are decoded scaled down where the format allows it. JPEG
+    // and SVG scale as they decode; PNG decodes whole first, so one beyond Qt's limit does not
+    // decode at all. An 8K picture is decoded a little smaller.
     static constexpr qint64 maxDecodedPixels = 30'000'000;
 
     struct Services

@@ -115,6 +115,19 @@ busctl --user set-property org.tessarine.Tessarine /org/tessarine/Tessarine \
 badge() { import -window root "$RIG_DIR/badge.png" && has_colour "$RIG_DIR/badge.png" 40 40 600 705 '#e0312c'; }
 wait_until 2 badge || fail "the mail badge did not show the count"
 shot lock-screen-mail >/dev/null
+
+# A click on the do-not-disturb button (right of the battery) brings the password field under
+# the clock: white on black with dark text. The mouse is moved there first, as a hand would.
+field_shown() {
+    import -window root "$RIG_DIR/field.png" &&
+        awk -v v="$(share_below "$RIG_DIR/field.png" 200 16 540 546 30)" 'BEGIN { exit !(v > 0.5) }'
+}
+! field_shown || fail "the password field showed before the click"
+xdotool mousemove 690 727
+sleep 0.2
+xdotool click 1
+wait_until 2 field_shown || fail "a click on do-not-disturb did not bring the password field"
+shot lock-screen-password-field >/dev/null
 unlock
 
 # --- A dark picture: light text. ------------------------------------------------------------

@@ -311,7 +311,8 @@ private slots:
 
     void aHugePictureIsDecodedWithinItsBound()
     {
-        // Beyond the bound a JPEG decodes scaled down; a PNG, which cannot, does not decode.
+        // Beyond the bound a JPEG decodes scaled down; a PNG too large for Qt's readers to decode
+        // whole does not decode at all.
         QImage huge(30000, 30000, QImage::Format_Mono);
         huge.fill(1);
         QByteArray png;

@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QTest>
 #include <QWindow>
 
@@ -281,6 +282,26 @@ private slots:
         program.delegate->window()->setFixedSize(800, 600); // held to the screen's size otherwise
         program.delegate->unlock();
         QCOMPARE(program.motion.log.last(), QString("follow 0,0 > 800,0 in 200"));
+    }
+
+    void theSyntheticPressIsLetGoOnceTheUserMovesThePointer()
+    {
+        TestLibrary library;
+        library.configure("");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(400ms);
+        QVERIFY(program.pointer.pressed);
+        // The press's own movement right after it changes nothing.
+        program.delegate->pointerMoved();
+        QVERIFY(program.pointer.pressed);
+        program.scheduler.advance(100ms);
+        QMouseEvent move(QEvent::MouseMove, QPointF(300, 300), QPointF(300, 300), Qt::LeftButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(program.delegate->window(), &move);
+        QVERIFY(!program.pointer.pressed);
+        QVERIFY(program.delegate->getLocked()); // the lock and its grabs stay
+        QVERIFY(program.shield.pointer);
     }
 
     void noClickWithoutThePointer()
