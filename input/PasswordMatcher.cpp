@@ -1,7 +1,10 @@
 #include "input/PasswordMatcher.h"
 
 #include "input/PasswordBuffer.h"
+#include "input/PasswordRules.h"
 #include "platform/Clock.h"
+
+#include <optional>
 
 void PasswordMatcher::setLastTime()
 {
@@ -19,63 +22,57 @@ PasswordMatcher::Outcome PasswordMatcher::keyPressed(const QString& key, bool or
     return decide();
 }
 
+namespace {
+
+// The buffer and flags as the shared rules take them, and the flags back afterwards.
+struct RulesView
+{
+    RulesView()
+    {
+        if (const auto& stored = PasswordBuffer::buffer()) {
+            buffer.emplace();
+            buffer->reserve(size_t(stored->size()));
+            for (const QString& entry : *stored)
+                buffer->push_back(entry.toStdU16String());
+        }
+        const QList<int>& stored = PasswordBuffer::matchFlags();
+        flags.assign(stored.begin(), stored.end());
+    }
+    const PasswordRules::Buffer* bufferOrNull() const { return buffer ? &*buffer : nullptr; }
+    void storeFlags() const
+    {
+        QList<int>& stored = PasswordBuffer::matchFlags();
+        for (qsizetype i = 0; i < stored.size() && size_t(i) < flags.size(); ++i)
+            stored[i] = flags[size_t(i)];
+    }
+
+    std::optional<PasswordRules::Buffer> buffer;
+    PasswordRules::Flags flags;
+};
+
+} // namespace
+
 bool PasswordMatcher::matchInOrder(const QString& key)
 {
-    QList<int>& flags = PasswordBuffer::matchFlags();
-    qsizetype position = 0;
-    while (position < flags.size() && flags[position] != 0)
-        ++position;
-    const auto& buffer = PasswordBuffer::buffer();
-    if (!buffer) {
-        // No password file: nothing to compare with, so the key is a mismatch.
-        PasswordBuffer::clearMatchFlags();
-        return true;
-    }
-    // A position past the end (an empty password, say) abandons the press: no unlock, no nudge.
-    if (position >= buffer->size())
-        return false;
-    if (key == buffer->at(position))
-        flags[position] = 1;
-    else
-        // The mismatching key is not tried again as the first character: "aab" typed as
-        // a, a, a, b fails. A simple restart, kept on purpose.
-        PasswordBuffer::clearMatchFlags();
-    return true;
+    RulesView view;
+    const bool matched =
+        PasswordRules::matchInOrder(view.bufferOrNull(), view.flags, key.toStdU16String());
+    view.storeFlags();
+    return matched;
 }
 
 void PasswordMatcher::matchChord(const QString& key)
 {
-    const auto& buffer = PasswordBuffer::buffer();
-    if (!buffer)
-        return;
-    QList<int>& flags = PasswordBuffer::matchFlags();
-    bool seenMatched = false;
-    for (qsizetype i = 0; i < buffer->size(); ++i) {
-        const bool equal = key == buffer->at(i);
-        const int flag = i < flags.size() ? flags[i] : 0;
-        if (equal && flag == 0) {
-            const double now = m_clock.absoluteSeconds();
-            if (m_lastTime != 0 && now - m_lastTime >= chordWindowSeconds)
-                PasswordBuffer::clearMatchFlags(); // too late: this key starts a new chord
-            if (i < flags.size())
-                flags[i] = 1;
-            setLastTime();
-            return;
-        }
-        if (equal && flag == 1) {
-            seenMatched = true;
-        } else if (!seenMatched && i == buffer->size() - 1) {
-            // A key that is not in the password at all clears the chord.
-            PasswordBuffer::clearMatchFlags();
-            m_lastTime = 0;
-        }
-    }
+    RulesView view;
+    PasswordRules::matchChord(view.bufferOrNull(), view.flags, key.toStdU16String(),
+                              m_clock.absoluteSeconds(), m_lastTime);
+    view.storeFlags();
 }
 
 PasswordMatcher::Outcome PasswordMatcher::decide()
 {
-    const qsizetype length = PasswordBuffer::buffer() ? PasswordBuffer::buffer()->size() : 0;
-    if (PasswordBuffer::matchedCount() == length) {
+    const RulesView view;
+    if (PasswordRules::isComplete(view.bufferOrNull(), view.flags)) {
         PasswordBuffer::clearMatchFlags();
         PasswordBuffer::setUnlocking(true);
         return Outcome::Unlock;

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "input/PasswordRules.h"
+
 #include <QString>
 
 class Clock;
 
 // Matches the keys typed on the lock screen against the stored password, one key at a time,
-// either in order or as a chord of keys pressed close together in any order.
+// either in order or as a chord of keys pressed close together in any order. The rules
+// themselves are PasswordRules, which the guard process shares; this adds the answer on screen.
 //
 // Security: a wrong key gives no message and is not counted; the only answer is a nudge of the
 // lock window, at most one per 0.4 s. Nothing here logs or shows a key.
@@ -19,7 +22,7 @@ public:
         Nothing, // no answer (rate-limited, unlocking already, or the press was abandoned)
     };
 
-    static constexpr double chordWindowSeconds = 1.0;
+    static constexpr double chordWindowSeconds = PasswordRules::chordWindowSeconds;
     static constexpr double nudgeIntervalSeconds = 0.4;
 
     explicit PasswordMatcher(const Clock& clock) : m_clock(clock) {}
