@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
+#include "platform/GuardProcess.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
 #include "platform/SessionBus.h"
@@ -65,5 +66,9 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     watchScreens(app, delegate);
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
+    // The guard of a Tessarine that ended while locked holds the display: the lock is taken
+    // back from it at once.
+    if (GuardProcess::holderListening())
+        delegate.lock();
     return app.exec();
 }

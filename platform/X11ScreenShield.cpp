@@ -36,7 +36,7 @@ xcb_window_t nativeId(QWidget* window)
 
 } // namespace
 
-X11ScreenShield::X11ScreenShield() : m_connection(qtConnection())
+X11ScreenShield::X11ScreenShield() : m_connection(qtConnection()), m_guard(m_connection)
 {
     if (m_connection)
         m_root = rootOf(m_connection);
@@ -60,16 +60,27 @@ bool X11ScreenShield::makeKey(QWidget* window)
     xcb_configure_window(m_connection, id, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     // The keyboard first: from the moment the grab succeeds every key goes to the lock, whatever
     // window has the focus. The focus follows, for the widgets that look at it.
-    Reply<xcb_grab_keyboard_reply_t> reply(
-        xcb_grab_keyboard_reply(m_connection,
-                                xcb_grab_keyboard(m_connection, 0, id, XCB_CURRENT_TIME,
-                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-                                nullptr));
+    const auto grabKeyboard = [this, id] {
+        Reply<xcb_grab_keyboard_reply_t> reply(
+            xcb_grab_keyboard_reply(m_connection,
+                                    xcb_grab_keyboard(m_connection, 0, id, XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr));
+        return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    };
+    m_keyboardGrabbed = grabKeyboard();
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
     window->raise();
     window->activateWindow();
-    m_keyboardGrabbed = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    // The guard of a Tessarine that ended while locked may hold the keyboard: with our window up
+    // and focused, it lets go, and the grab is taken again at once. Keys typed in between go to
+    // the focused lock window.
+    if (!m_keyboardGrabbed && m_guard.askHolderToRelease())
+        m_keyboardGrabbed = grabKeyboard();
+    // Started once the keyboard is ours, so that it never delays the grab.
+    if (m_keyboardGrabbed)
+        m_guard.watch();
     return m_keyboardGrabbed;
 }
 
@@ -92,6 +103,8 @@ void X11ScreenShield::releaseGrabs()
 {
     if (!m_connection)
         return;
+    // Told first: the guard then lets every later press go on to where it was going.
+    m_guard.unlocked();
     xcb_ungrab_pointer(m_connection, XCB_CURRENT_TIME);
     xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
     xcb_flush(m_connection);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/GuardProcess.h"
 #include "platform/ScreenShield.h"
 
 #include <QAbstractNativeEventFilter>
@@ -40,6 +41,7 @@ private:
     bool m_pointerGrabbed = false;
     QList<QPointer<QWidget>> m_above;
     QPointer<QWidget> m_keyWindow;
+    GuardProcess m_guard;
 };
 
 class X11PointerInjector final : public PointerInjector

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "guard/Cover.h"
+#include "guard/GuardPassword.h"
+#include "guard/KeyReader.h"
+
+#include <xcb/xcb.h>
+
+#include <string>
+
+// The guard's life: it watches the lock screen that started it, and if that ends without
+// having unlocked, it holds the display itself until the password is typed or a restarted lock
+// screen takes the lock back.
+//
+//   watching: the control socket is open; passive grabs catch the first press once the lock
+//             screen's grabs are gone. "unlocked" on the socket ends the guard.
+//   holding:  the end of the socket without "unlocked", the watch window destroyed (the lock
+//             screen's X connection is gone), or a press caught while the watch window is gone.
+//
+// Security: nothing but the password, or a hand-over to a lock screen whose window already has
+// the input focus, ends the holding state; signals that end a process by default are ignored.
+class Guard
+{
+public:
+    struct Options
+    {
+        std::string libraryFolder;
+        xcb_window_t watchWindow = XCB_NONE;
+        int controlFd = -1;
+    };
+
+    Guard(xcb_connection_t* connection, Options options);
+    ~Guard();
+    // Returns the process's exit status.
+    int run();
+
+private:
+    enum class Ending
+    {
+        None,
+        Unlocked,  // the lock screen unlocked, or its password was typed here
+        HandedOver // a restarted lock screen took the lock
+    };
+
+    void watch();
+    void takeOver(const char* why);
+    // Reads what the lock screen has sent; false when it is gone (end of file, error).
+    bool readControl();
+    bool watchWindowExists();
+    void handleEvent(xcb_generic_event_t* event);
+    void handlePassivePress(xcb_generic_event_t* event);
+    void handleKey(const xcb_key_press_event_t& key);
+    void listenForHandOver();
+    void answerHandOver();
+    bool focusIsOnAnotherWindow();
+    int pollTimeoutMs() const;
+    void retryGrabsIfDue();
+
+    xcb_connection_t* m_connection;
+    xcb_screen_t* m_screen;
+    Options m_options;
+    Cover m_cover;
+    KeyReader m_keys;
+    GuardPassword m_password;
+    std::string m_control;
+    bool m_holding = false;
+    Ending m_ending = Ending::None;
+    int m_listenFd = -1;
+    std::string m_socketPath;
+    double m_heldSince = 0;
+    double m_nextGrabTry = 0;
+};

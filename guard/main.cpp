@@ -1,0 +1,68 @@
+// tessarine-guard: keeps the display locked if the lock screen ends without unlocking.
+//
+//   tessarine-guard --library FOLDER --watch WINDOW   (the control socket is descriptor 3)
+//
+// Started by Tessarine at each lock. It uses no Qt, decodes no image and speaks no D-Bus: a
+// small program, so that a fault in the large one cannot give the desktop away.
+#include "guard/Guard.h"
+
+#include <xcb/xcb.h>
+
+#include <fcntl.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int controlDescriptor = 3;
+
+void closeOtherDescriptors()
+{
+    // Only the standard streams and the control socket: nothing else of the lock screen's.
+    for (int fd = controlDescriptor + 1; fd < 1024; ++fd)
+        ::close(fd);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Guard::Options options;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string name = argv[i];
+        if (name == "--library")
+            options.libraryFolder = argv[i + 1];
+        else if (name == "--watch")
+            options.watchWindow = xcb_window_t(std::strtoul(argv[i + 1], nullptr, 0));
+    }
+    if (options.libraryFolder.empty()) {
+        std::fprintf(stderr, "usage: tessarine-guard --library FOLDER --watch WINDOW\n");
+        return 2;
+    }
+    closeOtherDescriptors();
+    options.controlFd = ::fcntl(controlDescriptor, F_GETFD) >= 0 ? controlDescriptor : -1;
+    // Ended only by the password: the signals a session or a terminal sends on its way out, and
+    // a write to a closed socket, do not end it. (SIGKILL cannot be ignored.)
+    for (int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGUSR1, SIGUSR2})
+        std::signal(signal, SIG_IGN);
+    ::prctl(PR_SET_NAME, "tessarine-guard");
+
+    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    if (xcb_connection_has_error(connection)) {
+        std::fprintf(stderr, "tessarine-guard: no display\n");
+        return 1;
+    }
+    int status = 0;
+    {
+        Guard guard(connection, std::move(options));
+        status = guard.run();
+    }
+    xcb_disconnect(connection);
+    return status;
+}
