@@ -87,6 +87,30 @@ read -r release_median release_min release_max < <(grep -v timeout "$RIG_DIR/rel
 click_timeouts=$(grep -c timeout "$RIG_DIR/click.txt" || true)
 release_timeouts=$(grep -c timeout "$RIG_DIR/release.txt" || true)
 
+# kill -9 of a locked Tessarine, to its guard's cover over the display and the keyboard grabbed
+# again; the guard is then opened with the profile's password.
+takeover=$root/$build/tests/takeover_timer
+probe=$root/$build/tests/x11_probe
+: >"$RIG_DIR/takeover.txt"
+watching() { [ "$(grep -c 'watching the lock' "$RIG_DIR/guard.log")" -gt "$1" ]; }
+held_by_other() { [ "$("$probe" grab-keyboard)" = AlreadyGrabbed ]; }
+free_keyboard() { [ "$("$probe" grab-keyboard)" = Success ]; }
+: >"$RIG_DIR/guard.log"
+for ((run = 0; run < runs; run++)); do
+    "$TESSARINE" >>"$RIG_DIR/guard.log" 2>&1 & locker=$!
+    wait_until 10 tray_icon_embedded
+    before=$(grep -c 'watching the lock' "$RIG_DIR/guard.log" || true)
+    "$TESSARINE" lock
+    wait_until 5 watching "$before"
+    "$takeover" "$locker" 9 >>"$RIG_DIR/takeover.txt" 2>/dev/null || echo timeout >>"$RIG_DIR/takeover.txt"
+    wait "$locker" 2>/dev/null || true
+    wait_until 2 held_by_other
+    xdotool key a
+    wait_until 5 free_keyboard
+done
+read -r takeover_median takeover_min takeover_max < <(grep -v timeout "$RIG_DIR/takeover.txt" | stats)
+takeover_timeouts=$(grep -c timeout "$RIG_DIR/takeover.txt" || true)
+
 # The same inside the program: lock() to grabbed, and the last key's matching to released.
 "$root/$build/bench/bench_lock" "$runs" >"$RIG_DIR/inprocess.txt" 2>/dev/null
 read -r lock_median lock_min lock_max < <(awk '/^lock_to_grabbed/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
@@ -122,6 +146,7 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "| Last key matched to keyboard released, in the program | $unlock_median ms | $unlock_min to $unlock_max ms | 5 ms | $runs |"
     echo "| \`tessarine lock\`, process start to keyboard grabbed | $command_median ms | $command_min to $command_max ms | half of i3lock's | $runs ($command_timeouts timed out) |"
     echo "| Hot key (Super+Alt+L) press to keyboard grabbed | $hotkey_median ms | $hotkey_min to $hotkey_max ms | 5 ms | $runs ($hotkey_timeouts timed out) |"
+    echo "| \`kill -9\` of a locked Tessarine to covered and keyboard grabbed again (guard) | $takeover_median ms | $takeover_min to $takeover_max ms | 50 ms | $runs ($takeover_timeouts timed out) |"
     echo "| i3lock -n, process start to keyboard grabbed (peer) | $i3_median ms | $i3_min to $i3_max ms | | $runs |"
     echo
     echo "## Method"
@@ -146,5 +171,9 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "  window loses the keyboard. \`tessarine lock\` is timed the same way: a new process that"
     echo "  asks the running Tessarine over the session bus, which then locks."
     echo "- Hot key: Super and Alt are pressed with XTest, then L; the time runs from the press of L."
+    echo "- Guard (\`tests/takeover_timer\`): Tessarine is started and locked with \`tessarine lock\`;"
+    echo "  once its guard watches, the timer sends SIGKILL and polls until Tessarine's windows are"
+    echo "  gone, a window of the guard covers the root window and a grab of the keyboard answers"
+    echo "  AlreadyGrabbed. The password is then typed to the guard. Each run starts a new Tessarine."
 } >"$report"
 cat "$report"
