@@ -85,8 +85,8 @@ private slots:
         QDir maildir(home.filePath("Maildir"));
         for (const char* sub : {"new", "cur", "tmp"})
             QVERIFY(maildir.mkpath(sub));
-        for (const char* name : {"new/1.host", "new/2.host", "cur/3.host:2,S", "cur/4.host:2,RF",
-                                 "tmp/5.host"}) {
+        for (const char* name :
+             {"new/1.host", "new/2.host", "cur/3.host:2,S", "cur/4.host:2,RF", "tmp/5.host"}) {
             QFile message(maildir.filePath(name));
             QVERIFY(message.open(QIODevice::WriteOnly));
         }
