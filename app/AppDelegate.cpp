@@ -27,6 +27,7 @@
 #include "platform/PowerSources.h"
 #include "platform/ScreenShield.h"
 #include "platform/SystemEvents.h"
+#include "settings/PreferenceActions.h"
 #include "triggers/HotKey.h"
 #include "triggers/ScheduledLock.h"
 #include "triggers/ScriptingInterface.h"
@@ -69,6 +70,7 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     m_timePicker = std::make_unique<QDateTimeEdit>();
     m_timePicker->setObjectName(QStringLiteral("timeoutTime"));
     m_timePicker->setDisplayFormat(QStringLiteral("HH:mm"));
+    m_preferenceActions.reset(makePreferenceActions());
     connect(&m_platform.system, &SystemEvents::screenLocked, this, &AppDelegate::screenLocked);
     connect(&m_platform.system, &SystemEvents::willSleep, this, &AppDelegate::Sleep);
     connect(&m_platform.system, &SystemEvents::didWake, this, &AppDelegate::wakeClick);
@@ -672,4 +674,175 @@ void AppDelegate::turnOffDisplay()
 void AppDelegate::getPreviousBrightness()
 {
     m_displayPower->getPreviousBrightness();
+}
+
+// --- Preferences --------------------------------------------------------------------------
+
+PreferenceActions* AppDelegate::makePreferenceActions()
+{
+    PreferenceActions::Effects effects;
+    effects.updateIconPositions = [this] { updateIconPositions(true); };
+    effects.setShadows = [this] { setShadows(); };
+    effects.showLockImageNamed = [this](const QString& name) { m_views->showLockImage(name); };
+    effects.showLockImage = [this](const QImage& image) { m_views->showLockImage(image); };
+    effects.clearBackgroundReady = [this] { m_background->setBackgroundReady(false); };
+    effects.setLockOnWakeCheck = [](bool) {};
+    effects.window = [this] { return preferencesWindow(); };
+    return new PreferenceActions(m_preferences, m_settingsStore, m_platform.loginItems,
+                                 m_platform.dialogs, std::move(effects));
+}
+
+QWidget* AppDelegate::preferencesWindow() const
+{
+    return nullptr;
+}
+
+void AppDelegate::showLockImageChoice() {}
+
+void AppDelegate::showBackgroundChoice() {}
+
+void AppDelegate::toggleShowMusic(bool checked)
+{
+    m_preferenceActions->toggleShowMusic(checked);
+}
+
+void AppDelegate::toggleShowTime(bool checked)
+{
+    m_preferenceActions->toggleShowTime(checked);
+}
+
+void AppDelegate::toggleShowBattery(bool checked)
+{
+    m_preferenceActions->toggleShowBattery(checked);
+}
+
+void AppDelegate::toggleShowDoNotDisturb(bool checked)
+{
+    m_preferenceActions->toggleShowDoNotDisturb(checked);
+}
+
+void AppDelegate::toggleShutDown()
+{
+    m_preferenceActions->toggleShutDown();
+}
+
+void AppDelegate::toggleShowCapslock()
+{
+    m_preferenceActions->toggleShowCapslock();
+}
+
+void AppDelegate::toggleWiggleLock()
+{
+    m_preferenceActions->toggleWiggleLock();
+}
+
+void AppDelegate::toggleFlat()
+{
+    m_preferenceActions->toggleFlat();
+}
+
+void AppDelegate::toggleTurnOffDisplay()
+{
+    m_preferenceActions->toggleTurnOffDisplay();
+}
+
+void AppDelegate::toggleTimeout()
+{
+    m_preferenceActions->toggleTimeout();
+}
+
+void AppDelegate::toggleOpenOnLogin()
+{
+    m_preferenceActions->toggleOpenOnLogin();
+}
+
+void AppDelegate::setTimeout(float minutes)
+{
+    m_preferenceActions->setTimeout(minutes);
+}
+
+void AppDelegate::setLockBrightness(float brightness)
+{
+    m_preferenceActions->setLockBrightness(brightness);
+}
+
+void AppDelegate::screenSliderChanged(int strength)
+{
+    m_preferenceActions->screenSliderChanged(strength);
+}
+
+void AppDelegate::redLock()
+{
+    m_preferenceActions->redLock();
+}
+
+void AppDelegate::blueLock()
+{
+    m_preferenceActions->blueLock();
+}
+
+void AppDelegate::blackLock()
+{
+    m_preferenceActions->blackLock();
+}
+
+void AppDelegate::defaultLockImage()
+{
+    m_preferenceActions->defaultLockImage();
+}
+
+void AppDelegate::whiteMinimalLockImage()
+{
+    m_preferenceActions->whiteMinimalLockImage();
+}
+
+void AppDelegate::blackMinimalLockImage()
+{
+    m_preferenceActions->blackMinimalLockImage();
+}
+
+void AppDelegate::customLockImage()
+{
+    m_platform.dialogs.chooseFile(preferencesWindow(), tr("Select a custom lock image."),
+                                  [this](std::optional<QString> url) {
+                                      if (!url)
+                                          showLockImageChoice();
+                                      else
+                                          // A file that is no picture changes nothing, silently.
+                                          m_preferenceActions->customLockImage(*url);
+                                  });
+}
+
+void AppDelegate::customBackgroundImage()
+{
+    m_platform.dialogs.chooseFile(preferencesWindow(), tr("Select a custom background image."),
+                                  [this](std::optional<QString> url) {
+                                      if (!url || !m_preferenceActions->customBackgroundImage(*url))
+                                          showBackgroundChoice();
+                                  });
+}
+
+void AppDelegate::desktopBackground()
+{
+    m_preferenceActions->desktopBackground();
+}
+
+void AppDelegate::brushedMetal()
+{
+    m_preferenceActions->brushedMetal();
+}
+
+void AppDelegate::clearBackground()
+{
+    m_preferenceActions->clearBackground();
+}
+
+void AppDelegate::toggleLockOnWake()
+{
+    m_preferenceActions->toggleLockOnWake();
+}
+
+void AppDelegate::lockOnWakeAlertDidEnd(int returnCode)
+{
+    m_preferenceActions->lockOnWakeAlertDidEnd(returnCode);
 }

@@ -21,6 +21,7 @@ class LockControls;
 class LockScreenColours;
 class MailBadge;
 class MusicWidget;
+class PreferenceActions;
 class LockScreenViews;
 class LockSession;
 class LockWindow;
@@ -152,6 +153,37 @@ public:
     // The change-password fields' save button.
     void savePassword();
 
+    // --- Preferences ----------------------------------------------------------------------
+    void toggleShowMusic(bool checked);
+    void toggleShowTime(bool checked);
+    void toggleShowBattery(bool checked);
+    void toggleShowDoNotDisturb(bool checked);
+    void toggleShutDown();
+    void toggleShowCapslock();
+    void toggleWiggleLock();
+    void toggleFlat();
+    void toggleTurnOffDisplay();
+    void toggleTimeout();
+    void toggleOpenOnLogin();
+    // The display time-out in minutes, as typed.
+    void setTimeout(float minutes);
+    void setLockBrightness(float brightness);
+    void screenSliderChanged(int strength);
+    void redLock();
+    void blueLock();
+    void blackLock();
+    void defaultLockImage();
+    void whiteMinimalLockImage();
+    void blackMinimalLockImage();
+    // Both open a panel for the user's own picture.
+    void customLockImage();
+    void customBackgroundImage();
+    void desktopBackground();
+    void brushedMetal();
+    void clearBackground();
+    void toggleLockOnWake();
+    void lockOnWakeAlertDidEnd(int returnCode);
+
     // --- Parts, for the widgets and for tests ---------------------------------------------
     const Preferences& preferences() const { return m_preferences; }
     const SettingsStore& settingsStore() const { return m_settingsStore; }
@@ -182,6 +214,11 @@ private:
     void swing(double phase, bool rightKey);
     void nudge();
     void shake();
+    PreferenceActions* makePreferenceActions();
+    QWidget* preferencesWindow() const;
+    // A panel cancelled or a picture refused: the menus show the current choice again.
+    void showLockImageChoice();
+    void showBackgroundChoice();
 
     PlatformServices m_platform;
     SettingsStore m_settingsStore;
@@ -207,6 +244,7 @@ private:
     std::unique_ptr<HotKey> m_hotKey;
     std::unique_ptr<ScheduledLock> m_scheduledLock;
     std::unique_ptr<QDateTimeEdit> m_timePicker;
+    std::unique_ptr<PreferenceActions> m_preferenceActions;
     QDateTime m_pickedTime;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;

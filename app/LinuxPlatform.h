@@ -14,6 +14,9 @@
 #include "platform/ScriptRunner.h"
 #include "platform/X11GlobalHotKey.h"
 #include "platform/X11ScreenShield.h"
+#include "platform/XdgAutostart.h"
+
+#include <QCoreApplication>
 
 // Every service of the program on a Linux desktop under X11, made once the application object
 // exists, and handed to AppDelegate as PlatformServices.
@@ -33,11 +36,13 @@ struct LinuxPlatform
     ProcessScriptRunner scripts;
     LinuxDesktopPicture desktopPicture;
     MprisMusicPlayer musicPlayer;
+    XdgAutostart loginItems{XdgAutostart::defaultFolder(), QCoreApplication::applicationFilePath()};
 
     PlatformServices services(const QString& libraryFolder)
     {
-        return PlatformServices{clock,      scheduler, powerSources,   displays,    dialogs,
-                                shield,     pointer,   motion,         hotKey,      system,
-                                brightness, scripts,   desktopPicture, musicPlayer, libraryFolder};
+        return PlatformServices{clock,          scheduler,   powerSources, displays,
+                                dialogs,        shield,      pointer,      motion,
+                                hotKey,         system,      brightness,   scripts,
+                                desktopPicture, musicPlayer, loginItems,   libraryFolder};
     }
 };

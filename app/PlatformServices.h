@@ -8,6 +8,7 @@ class Dialogs;
 class DisplayBrightness;
 class Displays;
 class GlobalHotKey;
+class LoginItems;
 class MusicPlayer;
 class PointerInjector;
 class PowerSources;
@@ -35,5 +36,6 @@ struct PlatformServices
     ScriptRunner& scripts;
     DesktopPicture& desktopPicture;
     MusicPlayer& musicPlayer;
+    LoginItems& loginItems;
     QString libraryFolder;
 };

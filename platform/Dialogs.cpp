@@ -1,6 +1,7 @@
 #include "platform/Dialogs.h"
 
 #include <QAbstractButton>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -34,4 +35,23 @@ void QtDialogs::askAsSheet(QWidget* window, const QString& message, const QStrin
                          answered(Dialogs::firstButton + int(made.indexOf(clicked)));
                      });
     box->open();
+}
+
+void QtDialogs::chooseFile(QWidget* window, const QString& message,
+                           std::function<void(std::optional<QString>)> chosen)
+{
+    auto* panel = new QFileDialog(window);
+    panel->setObjectName(QStringLiteral("openPanel"));
+    panel->setWindowTitle(message);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setWindowModality(window ? Qt::WindowModal : Qt::NonModal);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(panel, &QFileDialog::finished, panel, [panel, chosen](int result) {
+        const QList<QUrl> urls = panel->selectedUrls();
+        if (result != QDialog::Accepted || urls.isEmpty())
+            chosen(std::nullopt);
+        else
+            chosen(urls.first().toString());
+    });
+    panel->open();
 }

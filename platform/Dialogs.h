@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -23,6 +24,10 @@ public:
     virtual void showAlert(const QString& message, QWidget* window = nullptr) = 0;
     virtual void askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
                             std::function<void(int)> answered) = 0;
+    // An open panel for one existing file, modal to its window, with any file type. Answers with
+    // the file's absolute URL, or nothing when the user cancels.
+    virtual void chooseFile(QWidget* window, const QString& message,
+                            std::function<void(std::optional<QString>)> chosen) = 0;
 };
 
 class QtDialogs final : public Dialogs
@@ -31,4 +36,6 @@ public:
     void showAlert(const QString& message, QWidget* window = nullptr) override;
     void askAsSheet(QWidget* window, const QString& message, const QStringList& buttons,
                     std::function<void(int)> answered) override;
+    void chooseFile(QWidget* window, const QString& message,
+                    std::function<void(std::optional<QString>)> chosen) override;
 };

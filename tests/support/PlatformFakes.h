@@ -3,6 +3,7 @@
 #include "lockscreen/WindowMotion.h"
 #include "platform/DisplayBrightness.h"
 #include "platform/GlobalHotKey.h"
+#include "platform/LoginItems.h"
 #include "platform/ScriptRunner.h"
 
 #include "platform/ScreenShield.h"
@@ -201,4 +202,13 @@ public:
 private:
     mutable std::mutex m_mutex;
     QStringList m_runs;
+};
+
+// The session's login items as a list of the calls made to it.
+class FakeLoginItems final : public LoginItems
+{
+public:
+    QStringList calls;
+    void append() override { calls << QStringLiteral("append"); }
+    void removeOwn() override { calls << QStringLiteral("removeOwn"); }
 };

@@ -24,9 +24,9 @@ struct StartedProgram
         // A new process: the state kept for the process's life starts afresh.
         PasswordBuffer::setUnlocking(false);
         PasswordBuffer::setLastNudgeTime(0);
-        delegate = std::make_unique<AppDelegate>(
-            PlatformServices{clock, scheduler, power, displays, dialogs, shield, pointer, motion,
-                             hotKey, system, brightness, scripts, pictures, player, folder});
+        delegate = std::make_unique<AppDelegate>(PlatformServices{
+            clock, scheduler, power, displays, dialogs, shield, pointer, motion, hotKey, system,
+            brightness, scripts, pictures, player, loginItems, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -45,5 +45,6 @@ struct StartedProgram
     FakeScripts scripts;
     FakeDesktopPicture pictures;
     FakeMusicPlayer player;
+    FakeLoginItems loginItems;
     std::unique_ptr<AppDelegate> delegate;
 };

@@ -71,6 +71,8 @@ public:
     QString question;
     QStringList questionButtons;
     std::function<void(int)> pendingAnswer;
+    QString panelMessage;
+    std::function<void(std::optional<QString>)> pendingChoice;
 
     void showAlert(const QString& message, QWidget* = nullptr) override { alerts.append(message); }
     void askAsSheet(QWidget*, const QString& message, const QStringList& buttons,
@@ -79,6 +81,19 @@ public:
         question = message;
         questionButtons = buttons;
         pendingAnswer = std::move(answered);
+    }
+    void chooseFile(QWidget*, const QString& message,
+                    std::function<void(std::optional<QString>)> chosen) override
+    {
+        panelMessage = message;
+        pendingChoice = std::move(chosen);
+    }
+    // Ends the open panel with a file (an absolute URL) or, given nothing, as cancelled.
+    void choose(std::optional<QString> url)
+    {
+        auto chosen = std::move(pendingChoice);
+        pendingChoice = nullptr;
+        chosen(std::move(url));
     }
     void answer(int returnCode)
     {
