@@ -33,15 +33,21 @@
 #include "triggers/ScriptingInterface.h"
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
+#include "ui/PreferencesWindow.h"
 #include "ui/StatusItem.h"
 
 #include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDateTimeEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPropertyAnimation>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
+#include <QToolBar>
 
 #include <cmath>
 #include <cstdlib>
@@ -70,18 +76,27 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     m_timePicker = std::make_unique<QDateTimeEdit>();
     m_timePicker->setObjectName(QStringLiteral("timeoutTime"));
     m_timePicker->setDisplayFormat(QStringLiteral("HH:mm"));
+    m_preferencesWindow =
+        std::make_unique<PreferencesWindow>(m_timePicker.get(), m_changePassword.get());
     m_preferenceActions.reset(makePreferenceActions());
+    connectPreferences();
     connect(&m_platform.system, &SystemEvents::screenLocked, this, &AppDelegate::screenLocked);
     connect(&m_platform.system, &SystemEvents::willSleep, this, &AppDelegate::Sleep);
     connect(&m_platform.system, &SystemEvents::didWake, this, &AppDelegate::wakeClick);
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate()
+{
+    // The window shows the picker and the password fields but does not own them.
+    m_timePicker->setParent(nullptr);
+    m_changePassword->setParent(nullptr);
+}
 
 void AppDelegate::awakeFromNib()
 {
     m_statusItem = new StatusItem(this);
     connect(m_statusItem, &StatusItem::lockRequested, this, &AppDelegate::lock);
+    connect(m_statusItem, &StatusItem::preferencesRequested, this, &AppDelegate::openPreferences);
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -686,20 +701,23 @@ PreferenceActions* AppDelegate::makePreferenceActions()
     effects.showLockImageNamed = [this](const QString& name) { m_views->showLockImage(name); };
     effects.showLockImage = [this](const QImage& image) { m_views->showLockImage(image); };
     effects.clearBackgroundReady = [this] { m_background->setBackgroundReady(false); };
-    effects.setLockOnWakeCheck = [](bool) {};
-    effects.window = [this] { return preferencesWindow(); };
+    effects.setLockOnWakeCheck = [this](bool on) {
+        m_preferencesWindow->lockOnWake()->setChecked(on);
+    };
+    effects.window = [this]() -> QWidget* { return m_preferencesWindow.get(); };
     return new PreferenceActions(m_preferences, m_settingsStore, m_platform.loginItems,
                                  m_platform.dialogs, std::move(effects));
 }
 
-QWidget* AppDelegate::preferencesWindow() const
+void AppDelegate::showLockImageChoice()
 {
-    return nullptr;
+    m_preferencesWindow->showLockImageChoice(m_preferences.lockImageType);
 }
 
-void AppDelegate::showLockImageChoice() {}
-
-void AppDelegate::showBackgroundChoice() {}
+void AppDelegate::showBackgroundChoice()
+{
+    m_preferencesWindow->showBackgroundChoice(m_preferences.backgroundType);
+}
 
 void AppDelegate::toggleShowMusic(bool checked)
 {
@@ -743,12 +761,16 @@ void AppDelegate::toggleFlat()
 
 void AppDelegate::toggleTurnOffDisplay()
 {
-    m_preferenceActions->toggleTurnOffDisplay();
+    const bool on = m_preferenceActions->toggleTurnOffDisplay();
+    m_preferencesWindow->dimCheck()->setChecked(on);
+    m_preferencesWindow->brightnessText()->setEnabled(on);
 }
 
 void AppDelegate::toggleTimeout()
 {
-    m_preferenceActions->toggleTimeout();
+    const bool on = m_preferenceActions->toggleTimeout();
+    m_preferencesWindow->timeoutCheck()->setChecked(on);
+    m_preferencesWindow->timeoutTextBox()->setEnabled(on);
 }
 
 void AppDelegate::toggleOpenOnLogin()
@@ -803,7 +825,7 @@ void AppDelegate::blackMinimalLockImage()
 
 void AppDelegate::customLockImage()
 {
-    m_platform.dialogs.chooseFile(preferencesWindow(), tr("Select a custom lock image."),
+    m_platform.dialogs.chooseFile(m_preferencesWindow.get(), tr("Select a custom lock image."),
                                   [this](std::optional<QString> url) {
                                       if (!url)
                                           showLockImageChoice();
@@ -815,7 +837,8 @@ void AppDelegate::customLockImage()
 
 void AppDelegate::customBackgroundImage()
 {
-    m_platform.dialogs.chooseFile(preferencesWindow(), tr("Select a custom background image."),
+    m_platform.dialogs.chooseFile(m_preferencesWindow.get(),
+                                  tr("Select a custom background image."),
                                   [this](std::optional<QString> url) {
                                       if (!url || !m_preferenceActions->customBackgroundImage(*url))
                                           showBackgroundChoice();
@@ -845,4 +868,197 @@ void AppDelegate::toggleLockOnWake()
 void AppDelegate::lockOnWakeAlertDidEnd(int returnCode)
 {
     m_preferenceActions->lockOnWakeAlertDidEnd(returnCode);
+}
+
+void AppDelegate::lockAnimationPressed(QRadioButton* sender)
+{
+    animationPressed(sender, false);
+}
+
+void AppDelegate::unlockAnimationPressed(QRadioButton* sender)
+{
+    animationPressed(sender, true);
+}
+
+void AppDelegate::animationPressed(QRadioButton* sender, bool unlock)
+{
+    if (!sender->isChecked()) {
+        sender->setChecked(true); // the chosen one was clicked again: it stays, nothing changes
+        return;
+    }
+    const QList<QRadioButton*>& buttons =
+        unlock ? m_preferencesWindow->unlockAnimations() : m_preferencesWindow->lockAnimations();
+    for (int i = 0; i < int(buttons.size()); ++i) {
+        if (buttons.at(i) != sender)
+            buttons.at(i)->setChecked(false);
+        else if (unlock)
+            m_preferenceActions->unlockAnimationChosen(i);
+        else
+            m_preferenceActions->lockAnimationChosen(i);
+    }
+}
+
+// --- Preferences window -------------------------------------------------------------------
+
+namespace {
+bool preferencesOpened = false;
+} // namespace
+
+void AppDelegate::connectPreferences()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    const std::array<std::pair<const char*, void (AppDelegate::*)()>, 6> panes{
+        {{"General", &AppDelegate::generalPressed},
+         {"Appearance", &AppDelegate::imagesPressed},
+         {"Animations", &AppDelegate::animationsPressed},
+         {"Security", &AppDelegate::passwordPressed},
+         {"Shortcuts", &AppDelegate::shortcutsPressed},
+         {"Remote Lock", &AppDelegate::remoteLockPressed}}};
+    for (const auto& [title, action] : panes)
+        connect(w->toolbarItem(QString::fromLatin1(title)), &QAction::triggered, this, action);
+    connectPreferenceChecks();
+    connectPreferenceChoices();
+    connect(w->wiggleScreenSlider(), &QSlider::valueChanged, this,
+            &AppDelegate::screenSliderChanged);
+    connect(w->brightnessText(), &QLineEdit::returnPressed, this, [this, w] {
+        setLockBrightness(PreferenceActions::floatValue(w->brightnessText()->text()));
+    });
+    connect(w->timeoutTextBox(), &QLineEdit::returnPressed, this,
+            [this, w] { setTimeout(PreferenceActions::floatValue(w->timeoutTextBox()->text())); });
+    connect(w->shortcutText(), &QLineEdit::textEdited, this, &AppDelegate::shortcutText);
+}
+
+void AppDelegate::connectPreferenceChecks()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    // Clicks only: the window setting a box when it opens changes nothing.
+    connect(w->musicCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowMusic);
+    connect(w->timeCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowTime);
+    connect(w->batteryCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowBattery);
+    connect(w->donotdisturbCheck(), &QCheckBox::clicked, this,
+            &AppDelegate::toggleShowDoNotDisturb);
+    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 11> flips{
+        {{w->capslockCheck(), &AppDelegate::toggleShowCapslock},
+         {w->lockOnWake(), &AppDelegate::toggleLockOnWake},
+         {w->shutDownCheck(), &AppDelegate::toggleShutDown},
+         {w->openOnLoginCheck(), &AppDelegate::toggleOpenOnLogin},
+         {w->keyboardShortcutCheck(), &AppDelegate::toggleKeyboardShortcut},
+         {w->useTimerCheck(), &AppDelegate::toggleUseTimer},
+         {w->securityLevelCheck(), &AppDelegate::securityLevel},
+         {w->flatCheck(), &AppDelegate::toggleFlat},
+         {w->wiggleLockCheck(), &AppDelegate::toggleWiggleLock},
+         {w->dimCheck(), &AppDelegate::toggleTurnOffDisplay},
+         {w->timeoutCheck(), &AppDelegate::toggleTimeout}}};
+    for (const auto& [box, action] : flips)
+        connect(box, &QCheckBox::clicked, this, action);
+}
+
+void AppDelegate::connectPreferenceChoices()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    for (QRadioButton* colour : {w->whiteButton(), w->blackButton()})
+        connect(colour, &QRadioButton::clicked, this, [this, colour] {
+            colorChanged(colour->objectName() == QLatin1String("whiteButton")
+                             ? QStringLiteral("White")
+                             : QStringLiteral("Black"));
+        });
+    for (QRadioButton* button : w->lockAnimations())
+        connect(button, &QRadioButton::clicked, this,
+                [this, button] { lockAnimationPressed(button); });
+    for (QRadioButton* button : w->unlockAnimations())
+        connect(button, &QRadioButton::clicked, this,
+                [this, button] { unlockAnimationPressed(button); });
+    const std::array<void (AppDelegate::*)(), 6> lockImages{&AppDelegate::redLock,
+                                                            &AppDelegate::blueLock,
+                                                            &AppDelegate::blackLock,
+                                                            &AppDelegate::whiteMinimalLockImage,
+                                                            &AppDelegate::blackMinimalLockImage,
+                                                            &AppDelegate::customLockImage};
+    connect(w->lockSelector(), &QComboBox::activated, this,
+            [this, lockImages](int index) { (this->*lockImages.at(index))(); });
+    const std::array<void (AppDelegate::*)(), 4> backgrounds{
+        &AppDelegate::desktopBackground, &AppDelegate::brushedMetal,
+        &AppDelegate::customBackgroundImage, &AppDelegate::clearBackground};
+    connect(w->backgroundSelector(), &QComboBox::activated, this,
+            [this, backgrounds](int index) { (this->*backgrounds.at(index))(); });
+    // The menus' items are in the order of the hot key's modifier tags; the third has no "none".
+    connect(w->firstShortcutModifier(), &QComboBox::activated, this,
+            &AppDelegate::firstShortcutModifier);
+    connect(w->secondShortcutModifier(), &QComboBox::activated, this,
+            &AppDelegate::secondShortcutModifier);
+    connect(w->thirdShortcutModifier(), &QComboBox::activated, this,
+            [this](int index) { thirdShortcutModifier(index + 1); });
+}
+
+void AppDelegate::openPreferences()
+{
+    PreferencesWindow::Fill extra;
+    extra.noBattery = m_noBattery;
+    // The daily lock time is read from disk, not from memory.
+    extra.dailyLockDate = m_settingsStore.load().dateValue(Keys::date);
+    preferencesOpened = true;
+    {
+        const QSignalBlocker quiet(m_preferencesWindow->wiggleScreenSlider());
+        m_preferencesWindow->fill(m_preferences, extra);
+    }
+    m_preferencesWindow->show();
+    m_preferencesWindow->raise();
+    m_preferencesWindow->activateWindow();
+}
+
+void AppDelegate::generalPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->generalView(), QStringLiteral("General"));
+}
+
+void AppDelegate::imagesPressed()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    w->setSelectedItemIdentifier(QStringLiteral("Appearance"));
+    w->showPane(w->appearanceView(), QStringLiteral("Appearance"));
+    w->showLockImageChoice(m_preferences.lockImageType);
+    w->showBackgroundChoice(m_preferences.backgroundType);
+}
+
+void AppDelegate::animationsPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->animationsView(),
+                                  QStringLiteral("Animations"));
+}
+
+void AppDelegate::passwordPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->securityView(), QStringLiteral("Security"));
+}
+
+void AppDelegate::shortcutsPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->shortcutsView(),
+                                  QStringLiteral("Shortcuts"));
+}
+
+void AppDelegate::remoteLockPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->remoteLockView(),
+                                  QStringLiteral("Remote Lock"));
+}
+
+void AppDelegate::setPreferencesSize(QWidget* pane)
+{
+    m_preferencesWindow->setPreferencesSize(pane);
+}
+
+void AppDelegate::closePreferences()
+{
+    m_preferencesWindow->close();
+}
+
+bool AppDelegate::isPreferencesOpened()
+{
+    return preferencesOpened;
+}
+
+void AppDelegate::preferencesAlreadyOpened()
+{
+    preferencesOpened = false;
 }

@@ -22,6 +22,9 @@ class LockScreenColours;
 class MailBadge;
 class MusicWidget;
 class PreferenceActions;
+class PreferencesWindow;
+class QRadioButton;
+class QWidget;
 class LockScreenViews;
 class LockSession;
 class LockWindow;
@@ -183,6 +186,24 @@ public:
     void clearBackground();
     void toggleLockOnWake();
     void lockOnWakeAlertDidEnd(int returnCode);
+    // A click on one of the animation buttons; a choice cannot be cleared.
+    void lockAnimationPressed(QRadioButton* sender);
+    void unlockAnimationPressed(QRadioButton* sender);
+
+    // --- Preferences window ---------------------------------------------------------------
+    // Fills every control from the settings and shows the window on its General pane.
+    void openPreferences();
+    void generalPressed();
+    void imagesPressed();
+    void animationsPressed();
+    void passwordPressed();
+    void shortcutsPressed();
+    void remoteLockPressed();
+    void setPreferencesSize(QWidget* pane);
+    void closePreferences();
+    static bool isPreferencesOpened();
+    static void preferencesAlreadyOpened();
+    PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
 
     // --- Parts, for the widgets and for tests ---------------------------------------------
     const Preferences& preferences() const { return m_preferences; }
@@ -215,7 +236,10 @@ private:
     void nudge();
     void shake();
     PreferenceActions* makePreferenceActions();
-    QWidget* preferencesWindow() const;
+    void connectPreferences();
+    void connectPreferenceChecks();
+    void connectPreferenceChoices();
+    void animationPressed(QRadioButton* sender, bool unlock);
     // A panel cancelled or a picture refused: the menus show the current choice again.
     void showLockImageChoice();
     void showBackgroundChoice();
@@ -244,6 +268,7 @@ private:
     std::unique_ptr<HotKey> m_hotKey;
     std::unique_ptr<ScheduledLock> m_scheduledLock;
     std::unique_ptr<QDateTimeEdit> m_timePicker;
+    std::unique_ptr<PreferencesWindow> m_preferencesWindow;
     std::unique_ptr<PreferenceActions> m_preferenceActions;
     QDateTime m_pickedTime;
     StatusItem* m_statusItem = nullptr;

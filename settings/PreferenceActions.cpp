@@ -6,7 +6,9 @@
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"
 
+#include <QLocale>
 #include <QObject>
+#include <QRegularExpression>
 
 #include <cmath>
 
@@ -105,6 +107,17 @@ void PreferenceActions::toggleOpenOnLogin()
         m_loginItems.append();
     else
         m_loginItems.removeOwn();
+}
+
+float PreferenceActions::floatValue(const QString& text)
+{
+    // Typed text is read the same way in every locale: a full stop is the decimal point.
+    static const QRegularExpression number(
+        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?"));
+    const QRegularExpressionMatch match = number.match(text);
+    if (!match.hasMatch())
+        return 0.0f;
+    return QLocale::c().toFloat(match.captured(0).trimmed());
 }
 
 void PreferenceActions::setTimeout(float minutes)

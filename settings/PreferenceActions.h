@@ -55,6 +55,9 @@ public:
     bool toggleTimeout();
     void toggleOpenOnLogin();
 
+    // The number a text field starts with, 0 when it starts with none ("2.9 min" gives 2.9).
+    static float floatValue(const QString& text);
+
     // Minutes; the file keeps only whole minutes, memory keeps the fraction.
     void setTimeout(float minutes);
     void setLockBrightness(float brightness);

@@ -14,12 +14,15 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
     m_statusMenu->setObjectName(QStringLiteral("statusMenu"));
     QAction* lockNow = m_statusMenu->addAction(tr("Lock Screen"));
     connect(lockNow, &QAction::triggered, this, &StatusItem::lockRequested);
-    // The delays are added at start-up; the three items below come with the windows they open.
+    // The delays are added at start-up; About and Help come with the windows they open.
     auto* lockout = new QMenu(tr("Lock After"), m_statusMenu);
     lockout->setObjectName(QStringLiteral("lockoutItem"));
     m_lockoutItem = m_statusMenu->addMenu(lockout);
     m_statusMenu->addSeparator();
-    for (const QString& title : {tr("Preferences..."), tr("About Tessarine"), tr("Help")})
+    QAction* preferences = m_statusMenu->addAction(tr("Preferences..."));
+    preferences->setObjectName(QStringLiteral("preferencesItem"));
+    connect(preferences, &QAction::triggered, this, &StatusItem::preferencesRequested);
+    for (const QString& title : {tr("About Tessarine"), tr("Help")})
         m_statusMenu->addAction(title)->setEnabled(false);
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit Tessarine"));

@@ -35,6 +35,7 @@ protected:
 
 signals:
     void lockRequested();
+    void preferencesRequested();
 
 private:
     void setHighlighted(bool highlighted);

@@ -92,6 +92,18 @@ private slots:
         item.statusMenu()->actions().first()->trigger();
         QCOMPARE(locks.size(), 1);
     }
+
+    void preferencesOpensTheWindow()
+    {
+        StatusItem item;
+        QAction* preferences = item.statusMenu()->findChild<QAction*>("preferencesItem");
+        QVERIFY(preferences);
+        QCOMPARE(preferences->text(), QStringLiteral("Preferences..."));
+        QVERIFY(preferences->isEnabled());
+        QSignalSpy opens(&item, &StatusItem::preferencesRequested);
+        preferences->trigger();
+        QCOMPARE(opens.size(), 1);
+    }
 };
 
 QTEST_MAIN(TestStatusItem)

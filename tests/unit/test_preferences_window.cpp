@@ -1,0 +1,356 @@
+#include "StartedProgram.h"
+
+#include "settings/PreferenceActions.h"
+#include "ui/ChangePasswordFields.h"
+#include "ui/PreferencesWindow.h"
+#include "ui/StatusItem.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTimeEdit>
+#include <QLineEdit>
+#include <QMenu>
+#include <QRadioButton>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolBar>
+
+namespace {
+struct Opened
+{
+    explicit Opened(const QString& options = QString(), bool battery = true)
+    {
+        library.configure(options);
+        program = std::make_unique<StartedProgram>(library.folder(), battery);
+    }
+    AppDelegate& delegate() { return *program->delegate; }
+    PreferencesWindow& window() { return *program->delegate->preferencesWindow(); }
+    QString stored(const char* key) const
+    {
+        return library.properties()->value(QLatin1String(key), QStringLiteral("<absent>"));
+    }
+    TestLibrary library;
+    std::unique_ptr<StartedProgram> program;
+};
+} // namespace
+
+class TestPreferencesWindow : public QObject
+{
+    Q_OBJECT
+private slots:
+    void theTrayMenuOpensTheWindow()
+    {
+        Opened o;
+        QVERIFY(!o.window().isVisible());
+        auto* item =
+            o.delegate().statusItem()->statusMenu()->findChild<QAction*>("preferencesItem");
+        QVERIFY(item && item->isEnabled());
+        item->trigger();
+        QVERIFY(o.window().isVisible());
+        QVERIFY(AppDelegate::isPreferencesOpened());
+        AppDelegate::preferencesAlreadyOpened();
+        QVERIFY(!AppDelegate::isPreferencesOpened());
+    }
+
+    void openingAlwaysShowsTheGeneralPaneOnItsFirstTab()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        o.window().toolbarItem("Animations")->trigger();
+        o.window().tabView()->setCurrentIndex(1);
+        QCOMPARE(o.window().windowTitle(), QStringLiteral("Animations"));
+        QCOMPARE(o.window().centralWidget(), o.window().animationsView());
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().windowTitle(), QStringLiteral("General"));
+        QCOMPARE(o.window().centralWidget(), o.window().generalView());
+        QCOMPARE(o.window().selectedItemIdentifier(), QStringLiteral("General"));
+        QCOMPARE(o.window().tabView()->currentIndex(), 0);
+    }
+
+    void everyPaneHasItsTitleAndView()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        PreferencesWindow& w = o.window();
+        const QList<std::pair<QString, QWidget*>> panes{
+            {"Appearance", w.appearanceView()},  {"Animations", w.animationsView()},
+            {"Security", w.securityView()},      {"Shortcuts", w.shortcutsView()},
+            {"Remote Lock", w.remoteLockView()}, {"General", w.generalView()}};
+        for (const auto& [title, view] : panes) {
+            w.toolbarItem(title)->trigger();
+            QCOMPARE(w.windowTitle(), title);
+            QCOMPARE(w.centralWidget(), view);
+            QVERIFY(view->isVisible());
+        }
+    }
+
+    void aPaneSwitchKeepsTheTopEdgeAndFitsThePane()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        PreferencesWindow& w = o.window();
+        const QRect before = w.geometry();
+        const int general = w.generalView()->height();
+        const int animations = w.animationsView()->height();
+        QVERIFY(general != animations);
+        o.delegate().animationsPressed();
+        const QRect after = w.geometry();
+        QCOMPARE(after.top(), before.top());
+        QCOMPARE(after.left(), before.left());
+        QCOMPARE(after.height() - before.height(), animations - general);
+        QCOMPARE(after.height(), animations + w.toolbar()->height());
+        QCOMPARE(after.width(), w.animationsView()->width());
+        // Back to a taller pane: the bottom edge moves down again, the top stays.
+        o.delegate().generalPressed();
+        QCOMPARE(w.geometry(), before);
+    }
+
+    void theChecksShowTheSettings()
+    {
+        Opened o("<key>showMusic</key><true/><key>showTime</key><false/>"
+                 "<key>showBattery</key><true/><key>showDoNotDisturb</key><true/>"
+                 "<key>lockOnWake</key><true/><key>showShutDown</key><false/>"
+                 "<key>openAtLogin</key><true/><key>useShortcut</key><false/>"
+                 "<key>useTimer</key><true/><key>orderMatters</key><true/>"
+                 "<key>flat</key><false/><key>wiggleLock</key><true/>"
+                 "<key>dim</key><true/><key>timeout</key><false/>"
+                 "<key>wiggleStrength</key><integer>42</integer><key>textColor</key><integer>1</"
+                 "integer>");
+        o.delegate().openPreferences();
+        PreferencesWindow& w = o.window();
+        QVERIFY(w.musicCheck()->isChecked());
+        QVERIFY(!w.timeCheck()->isChecked());
+        QVERIFY(w.batteryCheck()->isChecked());
+        QVERIFY(w.batteryCheck()->isEnabled());
+        QVERIFY(w.capslockCheck()->isChecked()); // on after every start
+        QVERIFY(w.donotdisturbCheck()->isChecked());
+        QVERIFY(w.lockOnWake()->isChecked());
+        QVERIFY(!w.shutDownCheck()->isChecked());
+        QVERIFY(w.openOnLoginCheck()->isChecked());
+        QVERIFY(!w.keyboardShortcutCheck()->isChecked());
+        QVERIFY(w.useTimerCheck()->isChecked());
+        QVERIFY(w.timeoutTime()->isEnabled());
+        QVERIFY(w.securityLevelCheck()->isChecked());
+        QVERIFY(!w.flatCheck()->isChecked());
+        QVERIFY(w.wiggleLockCheck()->isChecked());
+        QVERIFY(w.dimCheck()->isChecked());
+        QVERIFY(w.brightnessText()->isEnabled());
+        QVERIFY(!w.timeoutCheck()->isChecked());
+        QVERIFY(!w.timeoutTextBox()->isEnabled());
+        QCOMPARE(w.wiggleScreenSlider()->value(), 42);
+        QVERIFY(w.blackButton()->isChecked());
+        QVERIFY(!w.whiteButton()->isChecked());
+        // Filling the window wrote nothing.
+        QCOMPARE(o.stored("wiggleStrength"), QStringLiteral("integer:42"));
+    }
+
+    void withoutABatteryItsBoxIsDisabled()
+    {
+        Opened o("<key>showBattery</key><true/>", false);
+        o.delegate().openPreferences();
+        QVERIFY(!o.window().batteryCheck()->isEnabled());
+        // A desktop machine turns the battery off at every start.
+        QVERIFY(!o.window().batteryCheck()->isChecked());
+    }
+
+    void theAnimationChoicesAreTurnedOn()
+    {
+        Opened o("<key>startAnimation</key><integer>3</integer>"
+                 "<key>closeAnimation</key><integer>1</integer>");
+        o.delegate().openPreferences();
+        QVERIFY(o.window().lockAnimations().at(3)->isChecked());
+        QVERIFY(o.window().unlockAnimations().at(1)->isChecked());
+    }
+
+    void clickingTheChosenAnimationKeepsItAndWritesNothing()
+    {
+        Opened o("<key>startAnimation</key><integer>2</integer>");
+        o.delegate().openPreferences();
+        const QByteArray before = o.library.readFile(o.library.propertiesPath());
+        QRadioButton* chosen = o.window().lockAnimations().at(2);
+        chosen->click();
+        QVERIFY(chosen->isChecked());
+        QCOMPARE(o.library.readFile(o.library.propertiesPath()), before);
+    }
+
+    void clickingAnotherAnimationStoresItsPosition()
+    {
+        Opened o("<key>startAnimation</key><integer>2</integer>"
+                 "<key>closeAnimation</key><integer>0</integer>");
+        o.delegate().openPreferences();
+        o.window().lockAnimations().at(4)->click();
+        o.window().unlockAnimations().at(3)->click();
+        QCOMPARE(o.stored("startAnimation"), QStringLiteral("integer:4"));
+        QCOMPARE(o.stored("closeAnimation"), QStringLiteral("integer:3"));
+        QCOMPARE(o.delegate().preferences().startAnimation, 4);
+        for (int i = 0; i < 5; ++i) {
+            QCOMPARE(o.window().lockAnimations().at(i)->isChecked(), i == 4);
+            QCOMPARE(o.window().unlockAnimations().at(i)->isChecked(), i == 3);
+        }
+    }
+
+    void theModifierMenusShowTheHotKey()
+    {
+        Opened o("<key>shortcutModifier1</key><integer>4096</integer>"
+                 "<key>shortcutModifier2</key><integer>512</integer>"
+                 "<key>shortcutModifier3</key><integer>0</integer>"
+                 "<key>shortcutString</key><string>K</string>");
+        o.window().thirdShortcutModifier()->setCurrentIndex(2);
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().firstShortcutModifier()->currentText(), QStringLiteral("Control"));
+        QCOMPARE(o.window().secondShortcutModifier()->currentText(), QStringLiteral("Shift"));
+        // No item for "none" in the third menu: it stays as it was.
+        QCOMPARE(o.window().thirdShortcutModifier()->currentIndex(), 2);
+        QCOMPARE(o.window().shortcutText()->text(), QStringLiteral("K"));
+    }
+
+    void aModifierChosenInTheMenuIsStored()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        QComboBox* third = o.window().thirdShortcutModifier();
+        third->setCurrentIndex(1);
+        emit third->activated(1);
+        QCOMPARE(o.stored("shortcutModifier3"), QStringLiteral("integer:2048"));
+    }
+
+    void thePasswordFieldsAreEmptiedOnOpening()
+    {
+        Opened o;
+        o.delegate().changePasswordFields()->oldPassword()->setText("typed");
+        o.delegate().openPreferences();
+        QCOMPARE(o.delegate().changePasswordFields()->oldPassword()->text(), QString());
+        QCOMPARE(o.delegate().changePasswordFields()->window(), &o.window());
+    }
+
+    void theDailyLockTimeIsReadFromDisk()
+    {
+        Opened o("<key>date</key><date>2026-01-01T07:45:00Z</date>");
+        o.delegate().timePicker()->setTime(QTime(12, 0));
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTime()->dateTime(),
+                 QDateTime(QDate(2026, 1, 1), QTime(7, 45), Qt::UTC).toLocalTime());
+    }
+
+    void noDailyLockTimeGivesAnEmptyTime()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTime()->time(), QTime(0, 0));
+    }
+
+    void theNumbersShowWhatMemoryHolds()
+    {
+        Opened o("<key>lockBrightnes</key><real>0.25</real><key>timeout</key><true/>"
+                 "<key>timeoutTime</key><integer>5</integer>");
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().brightnessText()->text(), QStringLiteral("0.25"));
+        QCOMPARE(o.window().timeoutTextBox()->text(), QStringLiteral("5"));
+        o.window().timeoutTextBox()->setText(QStringLiteral("2.9"));
+        QTest::keyClick(o.window().timeoutTextBox(), Qt::Key_Return);
+        QCOMPARE(o.stored("timeoutTime"), QStringLiteral("integer:2"));
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTextBox()->text(), QStringLiteral("2.9"));
+    }
+
+    void returnInTheBrightnessFieldStoresIt()
+    {
+        Opened o("<key>dim</key><true/>");
+        o.delegate().openPreferences();
+        o.window().brightnessText()->setText(QStringLiteral("0.5 bright"));
+        QTest::keyClick(o.window().brightnessText(), Qt::Key_Return);
+        QCOMPARE(o.stored("lockBrightnes"), QStringLiteral("real:0.5"));
+    }
+
+    void textIsReadAsTheNumberItStartsWith()
+    {
+        QCOMPARE(PreferenceActions::floatValue("2.9"), 2.9f);
+        QCOMPARE(PreferenceActions::floatValue("  .5x"), 0.5f);
+        QCOMPARE(PreferenceActions::floatValue("-3 minutes"), -3.0f);
+        QCOMPARE(PreferenceActions::floatValue("1e1"), 10.0f);
+        QCOMPARE(PreferenceActions::floatValue("abc"), 0.0f);
+        QCOMPARE(PreferenceActions::floatValue(""), 0.0f);
+    }
+
+    void clickingACheckBoxStoresIt()
+    {
+        Opened o("<key>showMusic</key><true/><key>openAtLogin</key><false/>");
+        o.delegate().openPreferences();
+        o.window().musicCheck()->click();
+        QCOMPARE(o.stored("showMusic"), QStringLiteral("boolean:false"));
+        o.window().openOnLoginCheck()->click();
+        QCOMPARE(o.stored("openAtLogin"), QStringLiteral("boolean:true"));
+        QCOMPARE(o.program->loginItems.calls, QStringList{"append"});
+    }
+
+    void theDisplayChecksEnableTheirFields()
+    {
+        Opened o("<key>dim</key><false/><key>timeout</key><true/>");
+        o.delegate().openPreferences();
+        QVERIFY(!o.window().brightnessText()->isEnabled());
+        o.window().dimCheck()->click();
+        QVERIFY(o.window().dimCheck()->isChecked());
+        QVERIFY(o.window().brightnessText()->isEnabled());
+        QCOMPARE(o.stored("dim"), QStringLiteral("boolean:true"));
+        o.window().timeoutCheck()->click();
+        QVERIFY(!o.window().timeoutTextBox()->isEnabled());
+        QCOMPARE(o.stored("timeout"), QStringLiteral("boolean:false"));
+    }
+
+    void goingBackFromLockOnWakeClearsItsBox()
+    {
+        Opened o("<key>lockOnWake</key><false/>");
+        o.delegate().openPreferences();
+        o.window().lockOnWake()->click();
+        QVERIFY(o.window().lockOnWake()->isChecked());
+        o.program->dialogs.answer(1001);
+        QVERIFY(!o.window().lockOnWake()->isChecked());
+        QCOMPARE(o.stored("lockOnWake"), QStringLiteral("boolean:false"));
+    }
+
+    void theAppearancePaneShowsTheChoices()
+    {
+        Opened o("<key>lockImageType</key><integer>4</integer>"
+                 "<key>desktopImageType</key><integer>1</integer>");
+        o.delegate().openPreferences();
+        o.delegate().imagesPressed();
+        QCOMPARE(o.window().selectedItemIdentifier(), QStringLiteral("Appearance"));
+        QCOMPARE(o.window().lockSelector()->currentIndex(), 4);
+        QCOMPARE(o.window().backgroundSelector()->currentIndex(), 1);
+    }
+
+    void aCancelledPanelShowsThePreviousChoiceAgain()
+    {
+        Opened o("<key>lockImageType</key><integer>1</integer>"
+                 "<key>desktopImageType</key><integer>0</integer>");
+        o.delegate().openPreferences();
+        o.delegate().imagesPressed();
+        QComboBox* lock = o.window().lockSelector();
+        lock->setCurrentIndex(5);
+        emit lock->activated(5);
+        o.program->dialogs.choose(std::nullopt);
+        QCOMPARE(lock->currentIndex(), 1);
+        QComboBox* background = o.window().backgroundSelector();
+        background->setCurrentIndex(2);
+        emit background->activated(2);
+        o.program->dialogs.choose(QStringLiteral("file:///etc/hostname"));
+        QCOMPARE(background->currentIndex(), 0);
+        QCOMPARE(o.stored("desktopImageType"), QStringLiteral("integer:0"));
+    }
+
+    void choosingABuiltInLockImageInTheMenuStoresIt()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        o.delegate().imagesPressed();
+        QComboBox* lock = o.window().lockSelector();
+        lock->setCurrentIndex(3);
+        emit lock->activated(3);
+        QCOMPARE(o.stored("lockImageType"), QStringLiteral("integer:3"));
+    }
+};
+
+QTEST_MAIN(TestPreferencesWindow)
+#include "test_preferences_window.moc"
