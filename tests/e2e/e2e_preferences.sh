@@ -12,8 +12,15 @@ start_tessarine
 wait_until 5 tray_icon_embedded || fail "no tray icon"
 
 # The menu: Lock Screen, Lock After, then Preferences...
-click_tray_icon 3
-sleep 0.5
+menu_shown() { [ -n "$(visible_windows_outside_tray)" ]; }
+# The tray may still be settling the icon just after embedding it: a click that opens nothing is
+# tried again.
+for attempt in 1 2 3; do
+    click_tray_icon 3
+    wait_until 2 menu_shown && break
+done
+menu_shown || fail "a right click opened no menu"
+sleep 0.3 # the menu takes keys once it holds the keyboard
 xdotool key Down Down Down Return
 wait_until 5 xdotool search --onlyvisible --name '^General$' >/dev/null ||
     fail "Preferences... opened no General pane"
@@ -23,25 +30,28 @@ wait_until 5 is_active "$window" || fail "the preferences window is not in front
 
 # The first check box of the pane, "Show music controls", is the first to take the focus.
 xdotool key --window "$window" space
-wait_until 5 grep -q '^showMusic=boolean:false$' < <("$PLIST_KEYS" "$library/properties.plist") ||
+stored() { "$PLIST_KEYS" "$library/properties.plist" | grep -qx "$1"; }
+wait_until 5 stored 'showMusic=boolean:false' ||
     fail "the music check box did not reach the file: $("$PLIST_KEYS" "$library/properties.plist")"
 
 # Seven boxes further down: "Open at login".
 xdotool key --window "$window" Tab Tab Tab Tab Tab Tab Tab space
 entry=$XDG_CONFIG_HOME/autostart/tessarine.desktop
 wait_until 5 test -f "$entry" || fail "no autostart entry: $(ls -la "$XDG_CONFIG_HOME")"
-grep -qx "Exec=\"$(readlink -f "$TESSARINE")\"" "$entry" || fail "the entry starts another program: $(cat "$entry")"
-"$PLIST_KEYS" "$library/properties.plist" | grep -qx 'openAtLogin=boolean:true' ||
+grep -qx "Exec=\"$(readlink -f "$TESSARINE")\"" "$entry" ||
+    fail "the entry starts another program: $(cat "$entry")"
+wait_until 5 stored 'openAtLogin=boolean:true' ||
     fail "openAtLogin was not stored"
 
 # And off again: every entry of this binary goes, another program's stays.
-printf '[Desktop Entry]\nType=Application\nExec=%s --again\n' "$TESSARINE" >"$XDG_CONFIG_HOME/autostart/copy.desktop"
+printf '[Desktop Entry]\nType=Application\nExec=%s --again\n' "$TESSARINE" \
+    >"$XDG_CONFIG_HOME/autostart/copy.desktop"
 printf '[Desktop Entry]\nType=Application\nExec=/bin/true\n' >"$XDG_CONFIG_HOME/autostart/other.desktop"
 xdotool key --window "$window" space
 wait_until 5 test ! -e "$entry" || fail "the autostart entry is still there"
 [ ! -e "$XDG_CONFIG_HOME/autostart/copy.desktop" ] || fail "a second entry of this binary stayed"
 [ -e "$XDG_CONFIG_HOME/autostart/other.desktop" ] || fail "another program's entry was removed"
-"$PLIST_KEYS" "$library/properties.plist" | grep -qx 'openAtLogin=boolean:false' ||
+wait_until 5 stored 'openAtLogin=boolean:false' ||
     fail "openAtLogin was not stored as off"
 kill -0 "$TESSARINE_PID" || fail "tessarine exited"
 echo "PASS"
