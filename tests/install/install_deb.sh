@@ -40,8 +40,8 @@ done
 dpkg-deb -x "$deb" "$work/root" || fail "the package does not unpack"
 root=$work/root
 
-# Every library the two binaries load comes from a package the package depends on.
-for binary in usr/bin/tessarine usr/lib/tessarine/tessarine-program.so; do
+# Every library the binaries load comes from a package the package depends on.
+for binary in usr/bin/tessarine usr/lib/tessarine/tessarine-program.so usr/lib/tessarine/tessarine-guard; do
     [ -f "$root/$binary" ] || fail "no $binary"
     for library in $(objdump -p "$root/$binary" | awk '$1 == "NEEDED" { print $2 }'); do
         path=$(ldconfig -p | awk -v lib="$library" '$1 == lib && /x86-64|64bit/ { print $NF; exit }')
@@ -55,6 +55,7 @@ done
 
 # The files, and nothing else.
 expected="usr/bin/tessarine 755
+usr/lib/tessarine/tessarine-guard 755
 usr/lib/tessarine/tessarine-program.so 644
 usr/share/applications/org.tessarine.Tessarine.desktop 644
 usr/share/dbus-1/services/org.tessarine.Tessarine.service 644
@@ -83,7 +84,7 @@ cmp -s "$linux/org.tessarine.Tessarine.desktop" "$root/usr/share/applications/or
 [ "$(gzip -dc "$root/usr/share/man/man1/tessarine.1.gz")" = "$(cat "$MAN_PAGE")" ] ||
     fail "the manual page differs from the build's"
 grep -q 'GPL-3.0-or-later' "$root/usr/share/doc/tessarine/copyright" || fail "the copyright file names no licence"
-for binary in usr/bin/tessarine usr/lib/tessarine/tessarine-program.so; do
+for binary in usr/bin/tessarine usr/lib/tessarine/tessarine-program.so usr/lib/tessarine/tessarine-guard; do
     file -b "$root/$binary" | grep -q ', stripped' || fail "$binary is not stripped"
 done
 
