@@ -31,8 +31,10 @@
 #include "triggers/HotKey.h"
 #include "triggers/ScheduledLock.h"
 #include "triggers/ScriptingInterface.h"
+#include "ui/AboutWindow.h"
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
+#include "ui/HelpWindow.h"
 #include "ui/PreferencesWindow.h"
 #include "ui/StatusItem.h"
 
@@ -59,7 +61,8 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
       m_displayPower(std::make_unique<DisplayPower>(m_platform.brightness, m_platform.scripts)),
       m_window(std::make_unique<LockWindow>()),
       m_setPassword(std::make_unique<FirstPasswordWindow>()),
-      m_changePassword(std::make_unique<ChangePasswordFields>()), m_swingCall(m_platform.scheduler)
+      m_changePassword(std::make_unique<ChangePasswordFields>()),
+      m_help(std::make_unique<HelpWindow>()), m_swingCall(m_platform.scheduler)
 {
     // The lock window covers the primary display; elements placed from its bottom edge need its
     // size before they are placed.
@@ -97,6 +100,8 @@ void AppDelegate::awakeFromNib()
     m_statusItem = new StatusItem(this);
     connect(m_statusItem, &StatusItem::lockRequested, this, &AppDelegate::lock);
     connect(m_statusItem, &StatusItem::preferencesRequested, this, &AppDelegate::openPreferences);
+    connect(m_statusItem, &StatusItem::aboutRequested, this, &AppDelegate::openAbout);
+    connect(m_statusItem, &StatusItem::helpRequested, this, &AppDelegate::openHelp);
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -1061,4 +1066,20 @@ bool AppDelegate::isPreferencesOpened()
 void AppDelegate::preferencesAlreadyOpened()
 {
     preferencesOpened = false;
+}
+
+void AppDelegate::openAbout()
+{
+    // Parented so that it goes with the program; it closes and deletes itself on its own.
+    auto* about = new AboutWindow(m_preferencesWindow.get());
+    about->show();
+    about->raise();
+    about->activateWindow();
+}
+
+void AppDelegate::openHelp()
+{
+    m_help->show();
+    m_help->raise();
+    m_help->activateWindow();
 }

@@ -15,6 +15,7 @@
 class BackgroundBuilder;
 class BatteryWidget;
 class FirstPasswordWindow;
+class HelpWindow;
 class IconRowPlacement;
 class LockClock;
 class LockControls;
@@ -203,6 +204,10 @@ public:
     void closePreferences();
     static bool isPreferencesOpened();
     static void preferencesAlreadyOpened();
+    // A fresh About window on every call.
+    void openAbout();
+    void openHelp();
+    HelpWindow* help() const { return m_help.get(); }
     PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
 
     // --- Parts, for the widgets and for tests ---------------------------------------------
@@ -270,6 +275,7 @@ private:
     std::unique_ptr<QDateTimeEdit> m_timePicker;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;
     std::unique_ptr<PreferenceActions> m_preferenceActions;
+    std::unique_ptr<HelpWindow> m_help;
     QDateTime m_pickedTime;
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;

@@ -14,7 +14,7 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
     m_statusMenu->setObjectName(QStringLiteral("statusMenu"));
     QAction* lockNow = m_statusMenu->addAction(tr("Lock Screen"));
     connect(lockNow, &QAction::triggered, this, &StatusItem::lockRequested);
-    // The delays are added at start-up; About and Help come with the windows they open.
+    // The delays are added at start-up.
     auto* lockout = new QMenu(tr("Lock After"), m_statusMenu);
     lockout->setObjectName(QStringLiteral("lockoutItem"));
     m_lockoutItem = m_statusMenu->addMenu(lockout);
@@ -22,8 +22,12 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
     QAction* preferences = m_statusMenu->addAction(tr("Preferences..."));
     preferences->setObjectName(QStringLiteral("preferencesItem"));
     connect(preferences, &QAction::triggered, this, &StatusItem::preferencesRequested);
-    for (const QString& title : {tr("About Tessarine"), tr("Help")})
-        m_statusMenu->addAction(title)->setEnabled(false);
+    QAction* about = m_statusMenu->addAction(tr("About Tessarine"));
+    about->setObjectName(QStringLiteral("aboutItem"));
+    connect(about, &QAction::triggered, this, &StatusItem::aboutRequested);
+    QAction* help = m_statusMenu->addAction(tr("Help"));
+    help->setObjectName(QStringLiteral("helpItem"));
+    connect(help, &QAction::triggered, this, &StatusItem::helpRequested);
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit Tessarine"));
     connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);

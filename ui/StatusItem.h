@@ -36,6 +36,8 @@ protected:
 signals:
     void lockRequested();
     void preferencesRequested();
+    void aboutRequested();
+    void helpRequested();
 
 private:
     void setHighlighted(bool highlighted);

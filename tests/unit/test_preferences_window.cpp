@@ -1,7 +1,9 @@
 #include "StartedProgram.h"
 
 #include "settings/PreferenceActions.h"
+#include "ui/AboutWindow.h"
 #include "ui/ChangePasswordFields.h"
+#include "ui/HelpWindow.h"
 #include "ui/PreferencesWindow.h"
 #include "ui/StatusItem.h"
 
@@ -9,6 +11,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QRadioButton>
@@ -52,6 +55,32 @@ private slots:
         QVERIFY(AppDelegate::isPreferencesOpened());
         AppDelegate::preferencesAlreadyOpened();
         QVERIFY(!AppDelegate::isPreferencesOpened());
+    }
+
+    void everyAboutIsAFreshWindow()
+    {
+        Opened o;
+        QMenu* menu = o.delegate().statusItem()->statusMenu();
+        menu->findChild<QAction*>("aboutItem")->trigger();
+        menu->findChild<QAction*>("aboutItem")->trigger();
+        const QList<AboutWindow*> shown = o.window().findChildren<AboutWindow*>();
+        QCOMPARE(shown.size(), 2);
+        for (AboutWindow* about : shown) {
+            QVERIFY(about->isVisible());
+            QCOMPARE(about->windowTitle(), QStringLiteral("About Tessarine"));
+            QCOMPARE(about->findChild<QLabel*>("version")->text(),
+                     QStringLiteral("Version %1").arg(AboutWindow::version()));
+        }
+        QVERIFY(!AboutWindow::version().isEmpty());
+    }
+
+    void helpShowsTheHelpWindow()
+    {
+        Opened o;
+        QVERIFY(!o.delegate().help()->isVisible());
+        o.delegate().statusItem()->statusMenu()->findChild<QAction*>("helpItem")->trigger();
+        QVERIFY(o.delegate().help()->isVisible());
+        QCOMPARE(o.delegate().help()->windowTitle(), QStringLiteral("Tessarine Help"));
     }
 
     void openingAlwaysShowsTheGeneralPaneOnItsFirstTab()

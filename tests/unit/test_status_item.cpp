@@ -104,6 +104,17 @@ private slots:
         preferences->trigger();
         QCOMPARE(opens.size(), 1);
     }
+
+    void aboutAndHelpAreOffered()
+    {
+        StatusItem item;
+        QSignalSpy abouts(&item, &StatusItem::aboutRequested);
+        QSignalSpy helps(&item, &StatusItem::helpRequested);
+        item.statusMenu()->findChild<QAction*>("aboutItem")->trigger();
+        item.statusMenu()->findChild<QAction*>("helpItem")->trigger();
+        QCOMPARE(abouts.size(), 1);
+        QCOMPARE(helps.size(), 1);
+    }
 };
 
 QTEST_MAIN(TestStatusItem)
