@@ -159,6 +159,7 @@ void Guard::takeOver(const char* why)
     }
     m_cover.takeOver();
     m_heldSince = monotonicSeconds();
+    dropPassiveGrabsOnceHeld();
     // The layout is read only now, behind the grabs: it takes a few milliseconds, and a guard that
     // only watches must answer a caught press at once.
     m_keys.reload();
@@ -252,6 +253,14 @@ void Guard::handleKey(const xcb_key_press_event_t& key)
     }
 }
 
+// With both grabs held the passive ones catch nothing, and they would stand in the way of a
+// restarted Tessarine's hot key on the root window.
+void Guard::dropPassiveGrabsOnceHeld()
+{
+    if (m_cover.grabsHeld())
+        m_cover.dropPassiveGrabs();
+}
+
 int Guard::pollTimeoutMs() const
 {
     if (!m_holding || m_cover.grabsHeld())
@@ -267,8 +276,10 @@ void Guard::retryGrabsIfDue()
     const double now = monotonicSeconds();
     if (now < m_nextGrabTry)
         return;
-    if (m_cover.tryGrabs())
+    if (m_cover.tryGrabs()) {
+        dropPassiveGrabsOnceHeld();
         return;
+    }
     m_nextGrabTry = now + (now - m_heldSince < grabRetryFastFor ? grabRetryFast : grabRetrySlow);
 }
 

@@ -55,6 +55,7 @@ private:
     bool focusIsOnAnotherWindow();
     int pollTimeoutMs() const;
     void retryGrabsIfDue();
+    void dropPassiveGrabsOnceHeld();
 
     xcb_connection_t* m_connection;
     xcb_screen_t* m_screen;

@@ -13,7 +13,10 @@ desktop_colour=#336699
 ulimit -c 0
 export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}handle_segv=0:handle_abort=0
 write_password k3y
-options="<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer>"
+options="<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer>
+<key>useShortcut</key><true/><key>shortcutModifier1</key><integer>0</integer>
+<key>shortcutModifier2</key><integer>256</integer><key>shortcutModifier3</key><integer>2048</integer>
+<key>shortcutKey</key><integer>37</integer><key>shortcutString</key><string>L</string>"
 write_options "$options"
 
 # The desktop's window has the keyboard, and the pointer lies over it: with the lock screen gone
@@ -121,6 +124,11 @@ for signal in KILL SEGV ABRT; do
         xdotool type --delay 40 k3y
         wait_until 3 keyboard_free || fail "the restarted Tessarine did not unlock"
         wait_until 3 desktop_shown || fail "the desktop did not come back from Tessarine"
+        # The restarted Tessarine's shortcut works: the guard's grabs did not stand in its way.
+        xdotool key super+alt+l
+        wait_until 3 keyboard_grabbed || fail "the shortcut did not lock after the hand-over"
+        xdotool type --delay 40 k3y
+        wait_until 3 keyboard_free || fail "the password did not unlock after the shortcut"
         stop_tessarine
         continue
     fi
