@@ -54,7 +54,7 @@ convert -size 240x240 gradient:'#f2a541'-'#c0392b' "$music/cover.png"
 mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
     "$music/tone.flac" >/dev/null 2>&1 &
 player=$!
-trap 'kill $player 2>/dev/null || true' EXIT
+trap 'kill $player 2>/dev/null || true; desktop_stop' EXIT
 sleep 1
 shoot_lock_screen() { # PICTURE-SPEC NAME
     convert -size 1280x800 "$1" "$RIG_DIR/picture.png"

@@ -26,7 +26,7 @@ convert -size 120x120 xc:'#d01070' "$music/cover.png"
 mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
     "$music/tone.flac" >/dev/null 2>&1 &
 player=$!
-trap 'kill $player 2>/dev/null' EXIT
+trap 'kill $player 2>/dev/null; desktop_stop' EXIT
 player_status() { playerctl --player=mpv status 2>/dev/null; }
 status_is() { [ "$(player_status)" = "$1" ]; }
 titled() { [ "$(playerctl --player=mpv metadata title 2>/dev/null)" = "Evening Tone" ]; }
