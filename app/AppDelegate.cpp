@@ -124,6 +124,8 @@ void AppDelegate::applicationDidFinishLaunching()
         m_scheduledLock->buildDelayMenu(m_statusItem->lockoutItem()->menu());
     m_views->placeContact(m_platform.displays.primaryPixelSize().width());
     loadSettings();
+    if (m_preferences.backgroundType == BackgroundBuilder::ClearKind)
+        m_window->allowTransparency();
     setShadows();
     m_preferences.applyDefaultHotKeyCharacter();
     if (m_preferences.useTimer)

@@ -11,9 +11,6 @@ LockWindow::LockWindow(QWidget* parent)
     // that no key can slip to another window in between.
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QStringLiteral("Tessarine lock screen"));
-    // A window with an alpha channel, so that the clear background can let the desktop show
-    // under a compositing manager; every other background paints it opaque.
-    setAttribute(Qt::WA_TranslucentBackground);
     setAutoFillBackground(true);
     QPalette background = palette();
     background.setColor(QPalette::Window, Qt::black);
@@ -24,4 +21,9 @@ void LockWindow::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     emit resized();
+}
+
+void LockWindow::allowTransparency()
+{
+    setAttribute(Qt::WA_TranslucentBackground);
 }

@@ -12,6 +12,10 @@ class LockWindow : public QWidget
     Q_OBJECT
 public:
     explicit LockWindow(QWidget* parent = nullptr);
+    // An alpha channel, so that the clear background lets the desktop show under a compositing
+    // manager. Only before the window is first shown, and only for that background: such a
+    // window takes a few milliseconds longer to map, which the grab would wait for.
+    void allowTransparency();
     // The view the lock screen's elements are placed in.
     QWidget* contentView() { return this; }
 

@@ -209,9 +209,18 @@ private slots:
         program.displays.others = {QRect(1920, 0, 1920, 1080)};
         lockAndOpen(program);
         LockWindow* window = program.delegate->window();
+        QVERIFY(window->testAttribute(Qt::WA_TranslucentBackground));
         QCOMPARE(window->palette().color(QPalette::Window).alpha(), 0);
         QVERIFY(!program.delegate->views()->background()->hasPicture());
         QVERIFY(showsLinen(program.delegate->backgroundBuilder()->coverWindows().first()));
+    }
+
+    void onlyTheClearBackgroundMakesTheWindowTranslucent()
+    {
+        TestLibrary library;
+        library.configure("<key>desktopImageType</key><integer>1</integer>");
+        StartedProgram program(library.folder());
+        QVERIFY(!program.delegate->window()->testAttribute(Qt::WA_TranslucentBackground));
     }
 
     void linenChosenAfterAPictureLeavesThePictureOnThePrimaryOnly()
