@@ -1,6 +1,7 @@
 #include "platform/DisplayBrightness.h"
 
 #include "platform/Log.h"
+#include "platform/QtXcb.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -30,8 +31,7 @@ std::optional<double> readNumber(const QString& path)
 // server lacks would close the whole connection, so nothing is sent without it.
 xcb_connection_t* dpmsConnection()
 {
-    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    xcb_connection_t* connection = x11 ? x11->connection() : nullptr;
+    xcb_connection_t* connection = QtXcb::connection();
     if (!connection)
         return nullptr;
     const xcb_query_extension_reply_t* dpms = xcb_get_extension_data(connection, &xcb_dpms_id);

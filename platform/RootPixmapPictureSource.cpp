@@ -1,5 +1,7 @@
 #include "platform/RootPixmapPictureSource.h"
 
+#include "platform/QtXcb.h"
+
 #include <QBuffer>
 #include <QGuiApplication>
 #include <QImage>
@@ -16,16 +18,11 @@
 
 namespace {
 
-struct FreeDeleter
-{
-    void operator()(void* p) const { std::free(p); }
-};
-template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
+using QtXcb::Reply;
 
 xcb_connection_t* qtConnection()
 {
-    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
+    return QtXcb::connection();
 }
 
 xcb_screen_t* firstScreen(xcb_connection_t* connection)

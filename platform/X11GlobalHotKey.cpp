@@ -1,6 +1,7 @@
 #include "platform/X11GlobalHotKey.h"
 
 #include "platform/KeyTranslation.h"
+#include "platform/QtXcb.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -17,10 +18,9 @@ constexpr uint16_t ignoredModifiers[] = {0, XCB_MOD_MASK_LOCK, XCB_MOD_MASK_2,
 
 X11GlobalHotKey::X11GlobalHotKey(QObject* parent) : GlobalHotKey(parent)
 {
-    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    m_connection = x11 ? x11->connection() : nullptr;
+    m_connection = QtXcb::connection();
     if (m_connection)
-        m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+        m_root = QtXcb::rootOf(m_connection);
 }
 
 X11GlobalHotKey::~X11GlobalHotKey()

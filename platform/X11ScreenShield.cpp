@@ -1,5 +1,7 @@
 #include "platform/X11ScreenShield.h"
 
+#include "platform/QtXcb.h"
+
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QScreen>
@@ -12,22 +14,14 @@
 
 namespace {
 
-struct FreeDeleter
-{
-    void operator()(void* p) const { std::free(p); }
-};
-template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
+using QtXcb::Reply;
 
 xcb_connection_t* qtConnection()
 {
-    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
+    return QtXcb::connection();
 }
 
-xcb_window_t rootOf(xcb_connection_t* connection)
-{
-    return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-}
+using QtXcb::rootOf;
 
 xcb_window_t nativeId(QWidget* window)
 {
