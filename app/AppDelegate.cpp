@@ -114,7 +114,11 @@ void AppDelegate::applicationDidFinishLaunching()
                               m_platform.shield, m_platform.pointer, m_platform.motion},
         m_preferences, *m_displayPower, *m_window, *m_views,
         LockSession::Widgets{*m_background, *m_clock, *m_battery, *m_music, *m_mail,
-                             m_platform.dialogs});
+                             m_platform.dialogs, [this]() -> QWidget* {
+                                 openPreferences();
+                                 imagesPressed();
+                                 return preferencesWindow();
+                             }});
     m_windowController = new WindowController(*this, this);
     m_window->installEventFilter(m_windowController);
     connect(m_views->enterPassword(), &QLineEdit::returnPressed, this,

@@ -398,7 +398,8 @@ void LockSession::reportBackgroundFailure()
     BackgroundBuilder& background = m_widgets.background;
     if (!background.desktopImageLoadFailed() && !background.customImageLoadFailed())
         return;
-    m_widgets.dialogs.showAlert(QString::fromLatin1(backgroundFailedAlert));
+    QWidget* preferences = m_widgets.showAppearance ? m_widgets.showAppearance() : nullptr;
+    m_widgets.dialogs.showAlert(QString::fromLatin1(backgroundFailedAlert), preferences);
     background.clearLoadFailures();
 }
 

@@ -56,6 +56,9 @@ public:
         MusicWidget& music;
         MailBadge& mail;
         Dialogs& dialogs;
+        // Opens the preferences on their Appearance pane and answers the window, for the alert
+        // about a background that could not be loaded.
+        std::function<QWidget*()> showAppearance;
     };
     static constexpr const char* backgroundFailedAlert =
         "Your background image could not be loaded, please make sure it is in your pictures "

@@ -74,7 +74,12 @@ public:
     QString panelMessage;
     std::function<void(std::optional<QString>)> pendingChoice;
 
-    void showAlert(const QString& message, QWidget* = nullptr) override { alerts.append(message); }
+    QList<QWidget*> alertWindows; // the window each alert belonged to
+    void showAlert(const QString& message, QWidget* window = nullptr) override
+    {
+        alerts.append(message);
+        alertWindows.append(window);
+    }
     void askAsSheet(QWidget*, const QString& message, const QStringList& buttons,
                     std::function<void(int)> answered) override
     {

@@ -11,6 +11,7 @@
 #include "lockscreen/LockWindow.h"
 #include "lockscreen/PictureFit.h"
 #include "lockscreen/TextColour.h"
+#include "ui/PreferencesWindow.h"
 
 #include <QBuffer>
 #include <QLabel>
@@ -273,6 +274,11 @@ private slots:
                  QStringList({"Your background image could not be loaded, please make sure it "
                               "is in your pictures folder."}));
         QVERIFY(!program.delegate->backgroundBuilder()->customImageLoadFailed());
+        // On the preferences, opened on their Appearance pane.
+        PreferencesWindow* preferences = program.delegate->preferencesWindow();
+        QVERIFY(preferences && preferences->isVisible());
+        QCOMPARE(preferences->selectedItemIdentifier(), QString("Appearance"));
+        QCOMPARE(program.dialogs.alertWindows, QList<QWidget*>({preferences}));
     }
 
     void aDesktopWithoutAPictureShowsLinenWithoutAnAlert()
