@@ -56,7 +56,7 @@ mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-t
 player=$!
 trap 'kill $player 2>/dev/null || true; desktop_stop' EXIT
 sleep 1
-shoot_lock_screen() { # PICTURE-SPEC NAME
+shoot_lock_screen() { # IMAGEMAGICK-PICTURE SCREENSHOT-NAME
     convert -size 1280x800 "$1" "$RIG_DIR/picture.png"
     write_options "<key>desktopImageType</key><integer>2</integer>
 <key>desktopImageURL</key><string>file://$RIG_DIR/picture.png</string>

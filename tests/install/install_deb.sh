@@ -11,7 +11,7 @@ if [ "${SANITIZED:-}" = ON ]; then
 fi
 source "$TESTS_DIR/rig/desktop.sh"
 RIG_DIR= # no desktop yet
-work=$(mktemp -d "${TMPDIR:-/tmp}/tessarine-deb.XXXXXX")
+work=$(mktemp -d)
 cleanup() {
     [ -z "${RIG_DIR:-}" ] || desktop_stop
     rm -rf "$work"

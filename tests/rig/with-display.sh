@@ -7,7 +7,7 @@ set -euo pipefail
 size=$1
 shift
 
-dir=$(mktemp -d "${TMPDIR:-/tmp}/tessarine-display.XXXXXX")
+dir=$(mktemp -d)
 mkdir -p "$dir/home" "$dir/config" "$dir/data" "$dir/cache" "$dir/runtime"
 chmod 700 "$dir/runtime"
 
