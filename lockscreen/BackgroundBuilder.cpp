@@ -47,6 +47,25 @@ QPixmap shownPicture(const QImage& picture, const QSizeF& size, double pixelRati
     return shown;
 }
 
+// A picture as one screen shows it: decoded, sized by the fit-or-fill rule and put on the view,
+// with linen around it in the window when it is fitted.
+struct ShownPicture
+{
+    QImage picture;
+    QSizeF size;
+};
+ShownPicture showPicture(const QByteArray& bytes, int width, int height, BackgroundView* view,
+                         QWidget* window)
+{
+    QSize own;
+    QImage picture = BackgroundBuilder::decode(bytes, &own);
+    const PictureFit fit = PictureFit::choose(width, height, own.width(), own.height());
+    if (fit.onLinen)
+        setWindowColour(window, linen());
+    view->setPicture(shownPicture(picture, fit.size, window->devicePixelRatioF()));
+    return {std::move(picture), fit.size};
+}
+
 } // namespace
 
 BackgroundBuilder::BackgroundBuilder(Services services, const Preferences& preferences,
@@ -159,15 +178,10 @@ void BackgroundBuilder::buildPrimary(int width, int height)
     } else if (!bytes.isEmpty()) {
         background->setGeometry(0, 0, width, height);
         background->clearPicture();
-        QSize own;
-        const QImage picture = decode(bytes, &own);
-        const PictureFit fit = PictureFit::choose(width, height, own.width(), own.height());
-        if (fit.onLinen)
-            setWindowColour(&m_window, linen());
-        background->setPicture(shownPicture(picture, fit.size, m_window.devicePixelRatioF()));
+        const ShownPicture shown = showPicture(bytes, width, height, background, &m_window);
         background->setGeometry(0, 0, width, height);
         if (m_pictureShown)
-            m_pictureShown(picture, fit.size);
+            m_pictureShown(shown.picture, shown.size);
     }
     m_lastScreenWidth = width;
     m_lastScreenHeight = height;
@@ -220,13 +234,8 @@ std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRe
             bytes = m_services.desktopPicture.read(url);
     }
     if (!bytes.isEmpty()) {
-        QSize own;
-        const QImage picture = decode(bytes, &own);
-        const PictureFit fit = PictureFit::choose(width, height, own.width(), own.height());
-        if (fit.onLinen)
-            setWindowColour(cover.get(), linen());
         background->setShadow(ShadowStyle{QColor::fromRgbF(0, 0, 0, 0.8f), 4.0, QPointF(0, -1)});
-        background->setPicture(shownPicture(picture, fit.size, cover->devicePixelRatioF()));
+        showPicture(bytes, width, height, background, cover.get());
     } else {
         // No picture, and a clear background too, shows linen here.
         setWindowColour(cover.get(), linen());

@@ -51,8 +51,7 @@ void MailBadge::setMail(int count)
 
 void MailBadge::showEmptyBadge()
 {
-    show(m_preferences.textIsBlack != 0 ? QStringLiteral("mailblack")
-                                        : QStringLiteral("mailwhite"));
+    show(imageName(0, m_preferences.textIsBlack));
 }
 
 void MailBadge::updateMail(bool lockActive)
