@@ -12,21 +12,10 @@ start_tessarine
 wait_until 5 tray_icon_embedded || fail "no tray icon"
 
 # The menu: Lock Screen, Lock After, then Preferences...
-menu_shown() { [ -n "$(visible_windows_outside_tray)" ]; }
-# The tray may still be settling the icon just after embedding it: a click that opens nothing is
-# tried again.
-for attempt in 1 2 3; do
-    click_tray_icon 3
-    wait_until 2 menu_shown && break
-done
-menu_shown || fail "a right click opened no menu"
-sleep 0.3 # the menu takes keys once it holds the keyboard
-xdotool key Down Down Down Return
-wait_until 5 xdotool search --onlyvisible --name '^General$' >/dev/null ||
-    fail "Preferences... opened no General pane"
-window=$(xdotool search --onlyvisible --name '^General$' | head -n1)
+open_preferences || fail "Preferences... opened no General pane"
+window=$PREFERENCES_WINDOW
 [ "$(xdotool getwindowpid "$window")" = "$TESSARINE_PID" ] || fail "the window is not ours"
-wait_until 5 is_active "$window" || fail "the preferences window is not in front"
+is_active "$window" || fail "the preferences window is not in front"
 
 # The first check box of the pane, "Show music controls", is the first to take the focus.
 xdotool key --window "$window" space
