@@ -327,6 +327,21 @@ private slots:
                  QDateTime(QDate(2026, 1, 1), QTime(7, 45), Qt::UTC).toLocalTime());
     }
 
+    void theDailyLockTimeComesFromTheFileNotFromMemory()
+    {
+        Opened o("<key>date</key><date>2026-01-01T07:45:00Z</date>");
+        // Changed on disk behind the program's back: memory still holds 07:45.
+        o.library.writeProperties("<key>date</key><date>2026-01-01T21:10:00Z</date>");
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTime()->dateTime(),
+                 QDateTime(QDate(2026, 1, 1), QTime(21, 10), Qt::UTC).toLocalTime());
+        QCOMPARE(o.delegate().preferences().date->toUTC().time(), QTime(7, 45));
+        // And gone from disk: an empty time, whatever memory holds.
+        o.library.writeProperties("<key>showTime</key><true/>");
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTime()->time(), QTime(0, 0));
+    }
+
     void noDailyLockTimeGivesAnEmptyTime()
     {
         Opened o;
@@ -449,6 +464,25 @@ private slots:
         o.window().openOnLoginCheck()->click();
         QCOMPARE(o.stored("openAtLogin"), QStringLiteral("boolean:true"));
         QCOMPARE(o.program->loginItems.calls, QStringList{"append"});
+    }
+
+    void theMailAndCapsLockBoxesFlipMemoryWhateverTheyShow()
+    {
+        Opened o("<key>showShutDown</key><true/>");
+        o.delegate().openPreferences();
+        QVERIFY(o.delegate().preferences().showShutDown);
+        QVERIFY(o.delegate().preferences().showCapslock);
+        // Set off by the program, not by a click: the box and memory disagree.
+        o.window().shutDownCheck()->setChecked(false);
+        o.window().capslockCheck()->setChecked(false);
+        o.window().shutDownCheck()->click();
+        o.window().capslockCheck()->click();
+        QVERIFY(o.window().shutDownCheck()->isChecked());
+        QVERIFY(o.window().capslockCheck()->isChecked());
+        QVERIFY(!o.delegate().preferences().showShutDown);
+        QVERIFY(!o.delegate().preferences().showCapslock);
+        QCOMPARE(o.stored("showShutDown"), QStringLiteral("boolean:false"));
+        QCOMPARE(o.stored("showCapslock"), QStringLiteral("boolean:false"));
     }
 
     void theDisplayChecksEnableTheirFields()
