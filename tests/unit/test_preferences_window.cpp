@@ -20,6 +20,7 @@
 #include <QSlider>
 #include <QTabWidget>
 #include <QTest>
+#include <QTextBrowser>
 #include <QToolBar>
 
 #include <cmath>
@@ -145,6 +146,13 @@ private slots:
         o.delegate().statusItem()->statusMenu()->findChild<QAction*>("helpItem")->trigger();
         QVERIFY(o.delegate().help()->isVisible());
         QCOMPARE(o.delegate().help()->windowTitle(), QStringLiteral("Tessarine Help"));
+        // It tells how to lock and unlock, from here and from elsewhere, and about the mail.
+        const QString text =
+            o.delegate().help()->findChild<QTextBrowser*>("helpText")->toPlainText();
+        for (const char* topic :
+             {"Super+Alt+L", "no field", "chord", "tessarine lock", "busctl --user set-property",
+              "tessarine mail N", "Maildir", "replace it"})
+            QVERIFY2(text.contains(QLatin1String(topic)), topic);
     }
 
     void openingAlwaysShowsTheGeneralPaneOnItsFirstTab()
