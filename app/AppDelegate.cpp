@@ -42,6 +42,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -50,6 +51,7 @@
 #include <QRadioButton>
 #include <QSlider>
 #include <QToolBar>
+#include <QUrl>
 
 #include <cmath>
 #include <cstdlib>
@@ -102,6 +104,7 @@ void AppDelegate::awakeFromNib()
     connect(m_statusItem, &StatusItem::preferencesRequested, this, &AppDelegate::openPreferences);
     connect(m_statusItem, &StatusItem::aboutRequested, this, &AppDelegate::openAbout);
     connect(m_statusItem, &StatusItem::helpRequested, this, &AppDelegate::openHelp);
+    connect(m_statusItem, &StatusItem::usersSiteRequested, this, &AppDelegate::openUsersSite);
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -1078,6 +1081,7 @@ void AppDelegate::openAbout()
 {
     // Parented so that it goes with the program; it closes and deletes itself on its own.
     auto* about = new AboutWindow(m_preferencesWindow.get());
+    connect(about, &AboutWindow::usersSiteRequested, this, &AppDelegate::openUsersSite);
     about->show();
     about->raise();
     about->activateWindow();
@@ -1088,4 +1092,23 @@ void AppDelegate::openHelp()
     m_help->show();
     m_help->raise();
     m_help->activateWindow();
+}
+
+#ifndef TESSARINE_SITE
+#error "TESSARINE_SITE, the program's web site, is set by the build (CMakeLists.txt)"
+#endif
+
+QUrl AppDelegate::usersSite()
+{
+    // The site is chosen when building (TESSARINE_SITE); a trailing slash is not doubled.
+    QString site = QStringLiteral(TESSARINE_SITE);
+    while (site.endsWith(QLatin1Char('/')))
+        site.chop(1);
+    return QUrl(site + QStringLiteral("/Users"));
+}
+
+void AppDelegate::openUsersSite()
+{
+    // The desktop's own handler (xdg-open on X11); a failure is the desktop's to report.
+    QDesktopServices::openUrl(usersSite());
 }

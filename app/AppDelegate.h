@@ -33,6 +33,7 @@ class StatusItem;
 class HotKey;
 class QAction;
 class QDateTimeEdit;
+class QUrl;
 class ScheduledLock;
 class ScriptingInterface;
 class WindowController;
@@ -207,6 +208,9 @@ public:
     // A fresh About window on every call.
     void openAbout();
     void openHelp();
+    // The users' page of the program's web site, in the desktop's browser.
+    void openUsersSite();
+    static QUrl usersSite();
     HelpWindow* help() const { return m_help.get(); }
     PreferencesWindow* preferencesWindow() const { return m_preferencesWindow.get(); }
 

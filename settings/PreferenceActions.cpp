@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 
 #include <cmath>
+#include <limits>
 
 namespace {
 // The kinds of background, by their place in the background menu.
@@ -123,7 +124,15 @@ float PreferenceActions::floatValue(const QString& text)
 void PreferenceActions::setTimeout(float minutes)
 {
     m_preferences.timeoutTime = minutes;
-    m_store.set(Keys::timeoutTime, qint64(std::trunc(minutes)));
+    // The whole minutes, within what the key is read back as (32 bits): a number too large for
+    // it, or infinite, is kept as the nearest limit, so that it still reads as "a long time".
+    const double whole = std::trunc(double(minutes));
+    const qint64 stored =
+        std::isnan(whole)                                     ? 0
+        : whole >= double(std::numeric_limits<qint32>::max()) ? std::numeric_limits<qint32>::max()
+        : whole <= double(std::numeric_limits<qint32>::min()) ? std::numeric_limits<qint32>::min()
+                                                              : qint64(whole);
+    m_store.set(Keys::timeoutTime, stored);
 }
 
 void PreferenceActions::setLockBrightness(float brightness)

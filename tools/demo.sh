@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The demo that `make run` gives on a machine with no display: Tessarine in a private headless
-# desktop with a fresh profile, and screenshots of what a user would see under build/demo/.
+# desktop with a fresh profile, and screenshots of what a user would see under build/demo/: the
+# first start, a lock and an unlock, the lock screen on a dark and a light picture, and each pane
+# of the preferences window.
 set -euo pipefail
 build=${1:-build}
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -77,7 +79,33 @@ shoot_lock_screen() { # IMAGEMAGICK-PICTURE SCREENSHOT-NAME
 shoot_lock_screen 'gradient:#1d3557-#0b1320' 07-lock-screen-light-text
 shoot_lock_screen 'gradient:#ffffff-#dfe7ef' 08-lock-screen-dark-text
 
+# The preferences window, opened from the tray menu, one screenshot per pane.
+kill "$player" 2>/dev/null || true
+write_options "<key>showTime</key><true/><key>showBattery</key><true/><key>showMusic</key><true/>
+<key>showShutDown</key><true/><key>showDoNotDisturb</key><true/><key>timeout</key><true/>
+<key>timeoutTime</key><integer>5</integer><key>useShortcut</key><true/>
+<key>shortcutModifier1</key><integer>0</integer><key>shortcutModifier2</key><integer>256</integer>
+<key>shortcutModifier3</key><integer>2048</integer><key>shortcutKey</key><integer>37</integer>
+<key>shortcutString</key><string>L</string>"
+start_tessarine
+wait_until 10 tray_icon_embedded
+open_preferences
+sleep 0.3
+mapfile -t items < <(toolbar_item_centres "$PREFERENCES_WINDOW")
+shot=9
+for item in 0 1 2 3 4 5; do
+    xdotool mousemove --window "$PREFERENCES_WINDOW" "${items[item]}" 14 click 1
+    xdotool mousemove 5 790 # no hover highlight in the picture
+    sleep 0.5
+    title=$(xdotool getwindowname "$PREFERENCES_WINDOW" | sed 's/ — Tessarine$//')
+    name=$(tr 'A-Z ' 'a-z-' <<<"$title")
+    import -window "$PREFERENCES_WINDOW" -frame "$out/$(printf '%02d' $shot)-preferences-$name.png"
+    shot=$((shot + 1))
+done
+stop_tessarine
+
 echo "Tessarine ran in a private headless desktop (there is no DISPLAY). Screenshots:"
 ls -1 "$out"/*.png | sed 's/^/  /'
 echo "The demo password was \"demo\": saved, locked from the tray icon, typed, unlocked."
+echo "The last six show the preferences window's panes, opened from the tray menu."
 echo "Its settings were written to a throw-away folder; run 'make run' in a desktop session to use it."

@@ -2,7 +2,8 @@
 
 #include <QDialog>
 
-// The About window: the program's name, version and a line on what it does. Each opening makes a
+// The About window: the program's name, version, a line on what it does, its licence and a
+// link to the users' page of its web site. Each opening makes a
 // fresh one, which deletes itself when closed.
 class AboutWindow : public QDialog
 {
@@ -12,4 +13,8 @@ public:
 
     explicit AboutWindow(QWidget* parent = nullptr);
     static QString version();
+
+signals:
+    // The link to the users' page of the web site was clicked.
+    void usersSiteRequested();
 };

@@ -19,6 +19,7 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -89,7 +90,18 @@ PreferencesWindow::PreferencesWindow(QDateTimeEdit* timePicker,
     m_securityView = makeSecurityView(passwordFields);
     m_shortcutsView = makeShortcutsView();
     m_remoteLockView = makeRemoteLockView();
+    // Every pane is at least as wide as the toolbar, so that all six items show on each.
+    const int toolbarWidth = m_toolbar->sizeHint().width();
+    for (QWidget* view : {m_generalView, m_appearanceView, m_animationsView, m_securityView,
+                          m_shortcutsView, m_remoteLockView})
+        view->setFixedWidth(std::max(view->width(), toolbarWidth));
     setCentralWidget(new QWidget);
+}
+
+void PreferencesWindow::showEvent(QShowEvent* event)
+{
+    m_placed = true;
+    QMainWindow::showEvent(event);
 }
 
 QCheckBox* PreferencesWindow::checkBox(const char* name, const QString& title)
@@ -277,7 +289,10 @@ void PreferencesWindow::setPreferencesSize(QWidget* paneView)
     const double target = double(paneView->height()) + m_toolbar->height();
     const int dh = int(std::trunc(target - frame.height()));
     const int dw = int(std::trunc(double(paneView->width()) - frame.width()));
-    setGeometry(frame.x(), frame.y(), frame.width() + dw, frame.height() + dh);
+    if (m_placed)
+        setGeometry(frame.x(), frame.y(), frame.width() + dw, frame.height() + dh);
+    else
+        resize(frame.width() + dw, frame.height() + dh); // placed by the window manager
 }
 
 void PreferencesWindow::showPane(QWidget* paneView, const QString& title)

@@ -94,6 +94,9 @@ public:
     QComboBox* lockSelector() const { return m_lockSelector; }
     QComboBox* backgroundSelector() const { return m_backgroundSelector; }
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     QWidget* makeGeneralView();
     QWidget* makeAppearanceView();
@@ -104,6 +107,8 @@ private:
     QCheckBox* checkBox(const char* name, const QString& title);
     void fillShortcutModifiers(const Preferences& preferences);
 
+    // Until its first showing the window has no place of its own: the window manager gives it one.
+    bool m_placed = false;
     QToolBar* m_toolbar = nullptr;
     QActionGroup* m_toolbarItems = nullptr;
     QTabWidget* m_tabView = nullptr;

@@ -28,6 +28,9 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
     QAction* help = m_statusMenu->addAction(tr("Help"));
     help->setObjectName(QStringLiteral("helpItem"));
     connect(help, &QAction::triggered, this, &StatusItem::helpRequested);
+    QAction* usersSite = m_statusMenu->addAction(tr("Tessarine Users Site"));
+    usersSite->setObjectName(QStringLiteral("usersSiteItem"));
+    connect(usersSite, &QAction::triggered, this, &StatusItem::usersSiteRequested);
     m_statusMenu->addSeparator();
     QAction* quit = m_statusMenu->addAction(tr("Quit Tessarine"));
     connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);

@@ -38,6 +38,7 @@ signals:
     void preferencesRequested();
     void aboutRequested();
     void helpRequested();
+    void usersSiteRequested();
 
 private:
     void setHighlighted(bool highlighted);

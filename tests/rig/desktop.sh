@@ -188,6 +188,58 @@ click_tray_icon() { # BUTTON
     xdotool mousemove --window "$icon" 11 11 click "$1"
 }
 
+# Opens Tessarine's tray menu with a right click on its icon. The tray may still be settling
+# the icon just after embedding it: a click that opens nothing is tried again.
+open_tray_menu() {
+    local before attempt
+    before=$(visible_windows_outside_tray | wc -l)
+    menu_opened() { (($(visible_windows_outside_tray | wc -l) > before)); }
+    for attempt in 1 2 3; do
+        click_tray_icon 3
+        if wait_until 2 menu_opened; then
+            sleep 0.3 # the menu takes keys once it holds the keyboard
+            return 0
+        fi
+    done
+    return 1
+}
+
+# Preferences... from the tray menu (its third entry); the window's id in PREFERENCES_WINDOW.
+open_preferences() {
+    open_tray_menu || return 1
+    xdotool key Down Down Down Return
+    wait_until 5 xdotool search --onlyvisible --name '^General$' >/dev/null || return 1
+    PREFERENCES_WINDOW=$(xdotool search --onlyvisible --name '^General$' | head -n1)
+    wait_until 5 is_active "$PREFERENCES_WINDOW"
+}
+
+# The centres of the preferences toolbar's items, left to right, in the window's coordinates:
+# the runs of dark text along the toolbar, as an eye finds them. The toolbar is the window's
+# top 28 pixels; gaps within an item's title ("Remote Lock") are narrower than between items.
+toolbar_item_centres() { # WINDOW
+    local width
+    width=$(xwininfo -id "$1" | awk '/Width:/ {print $2}')
+    import -window "$1" png:- |
+        convert png:- -crop "${width}x12+0+8" +repage -colorspace Gray -threshold 40% -negate \
+            -scale "${width}x1!" -depth 8 txt:- |
+        awk -F'[,: ]+' 'NR > 1 { print $1, ($0 !~ /gray\(0\)|#000000/) }' |
+        awk 'BEGIN { start = -1 }
+             $2 { if (start < 0 || $1 - last > 8) { if (start >= 0) print int((start + last) / 2); start = $1 }
+                  last = $1 }
+             END { if (start >= 0) print int((start + last) / 2) }'
+}
+
+# A window's client area and its window-manager frame, as "x y width height" each.
+client_geometry() {
+    xwininfo -id "$1" | awk '/Absolute upper-left X/ {x = $4} /Absolute upper-left Y/ {y = $4}
+        /Width:/ {w = $2} /Height:/ {h = $2} END {print x, y, w, h}'
+}
+frame_geometry() {
+    local parent
+    parent=$(xwininfo -tree -id "$1" | awk '/Parent window id/ {print $4}')
+    client_geometry "$parent"
+}
+
 keyboard_grabbed_by_other() { [ "$("$X11_PROBE" grab-keyboard)" = AlreadyGrabbed ]; }
 keyboard_free() { [ "$("$X11_PROBE" grab-keyboard)" = Success ]; }
 pointer_free() { [ "$("$X11_PROBE" grab-pointer)" = Success ]; }

@@ -11,16 +11,41 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTest>
+#include <QTextBrowser>
 #include <QToolBar>
 
+#include <cmath>
+
 namespace {
+// Stands in for the desktop's browser: Qt hands it every web address opened.
+class Browser : public QObject
+{
+    Q_OBJECT
+public:
+    Browser()
+    {
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open");
+        QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "open");
+    }
+    ~Browser() override
+    {
+        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
+    }
+    QList<QUrl> opened;
+public slots:
+    void open(const QUrl& url) { opened.append(url); }
+};
+
 struct Opened
 {
     explicit Opened(const QString& options = QString(), bool battery = true)
@@ -74,6 +99,46 @@ private slots:
         QVERIFY(!AboutWindow::version().isEmpty());
     }
 
+    void theAboutWindowNamesTheLicence()
+    {
+        Opened o;
+        o.delegate().openAbout();
+        const QList<AboutWindow*> shown = o.window().findChildren<AboutWindow*>();
+        QCOMPARE(shown.size(), 1);
+        QVERIFY(shown.first()->findChild<QLabel*>("licence")->text().contains(
+            QStringLiteral("GNU General Public License, version 3 or later")));
+    }
+
+    void theUsersSiteIsTheUsersPageOfTheBuildsSite()
+    {
+        QCOMPARE(AppDelegate::usersSite(),
+                 QUrl(QStringLiteral(TESSARINE_SITE) + QStringLiteral("/Users")));
+        QCOMPARE(AppDelegate::usersSite().path(), QStringLiteral("/Users"));
+        QVERIFY(AppDelegate::usersSite().isValid());
+    }
+
+    void theTrayMenuOpensTheUsersSite()
+    {
+        Opened o;
+        Browser browser;
+        auto* item = o.delegate().statusItem()->statusMenu()->findChild<QAction*>("usersSiteItem");
+        QVERIFY(item && item->isEnabled());
+        item->trigger();
+        QCOMPARE(browser.opened, QList<QUrl>{AppDelegate::usersSite()});
+    }
+
+    void theAboutWindowOpensTheUsersSite()
+    {
+        Opened o;
+        Browser browser;
+        o.delegate().openAbout();
+        AboutWindow* about = o.window().findChildren<AboutWindow*>().value(0);
+        QVERIFY(about);
+        about->findChild<QPushButton*>("usersSite")->click();
+        QCOMPARE(browser.opened, QList<QUrl>{AppDelegate::usersSite()});
+        QVERIFY(about->isVisible());
+    }
+
     void helpShowsTheHelpWindow()
     {
         Opened o;
@@ -81,6 +146,13 @@ private slots:
         o.delegate().statusItem()->statusMenu()->findChild<QAction*>("helpItem")->trigger();
         QVERIFY(o.delegate().help()->isVisible());
         QCOMPARE(o.delegate().help()->windowTitle(), QStringLiteral("Tessarine Help"));
+        // It tells how to lock and unlock, from here and from elsewhere, and about the mail.
+        const QString text =
+            o.delegate().help()->findChild<QTextBrowser*>("helpText")->toPlainText();
+        for (const char* topic :
+             {"Super+Alt+L", "no field", "chord", "tessarine lock", "busctl --user set-property",
+              "tessarine mail N", "Maildir", "replace it"})
+            QVERIFY2(text.contains(QLatin1String(topic)), topic);
     }
 
     void openingAlwaysShowsTheGeneralPaneOnItsFirstTab()
@@ -263,6 +335,21 @@ private slots:
                  QDateTime(QDate(2026, 1, 1), QTime(7, 45), Qt::UTC).toLocalTime());
     }
 
+    void theDailyLockTimeComesFromTheFileNotFromMemory()
+    {
+        Opened o("<key>date</key><date>2026-01-01T07:45:00Z</date>");
+        // Changed on disk behind the program's back: memory still holds 07:45.
+        o.library.writeProperties("<key>date</key><date>2026-01-01T21:10:00Z</date>");
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTime()->dateTime(),
+                 QDateTime(QDate(2026, 1, 1), QTime(21, 10), Qt::UTC).toLocalTime());
+        QCOMPARE(o.delegate().preferences().date->toUTC().time(), QTime(7, 45));
+        // And gone from disk: an empty time, whatever memory holds.
+        o.library.writeProperties("<key>showTime</key><true/>");
+        o.delegate().openPreferences();
+        QCOMPARE(o.window().timeoutTime()->time(), QTime(0, 0));
+    }
+
     void noDailyLockTimeGivesAnEmptyTime()
     {
         Opened o;
@@ -303,6 +390,79 @@ private slots:
         QCOMPARE(PreferenceActions::floatValue(""), 0.0f);
     }
 
+    // What is typed into the two number fields is read as the number it starts with, whatever
+    // follows; nonsense is 0, a number beyond a float's range infinite. None of it may crash.
+    void typedNumbersThatAreNoNumbers_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<float>("minutes");
+        QTest::addColumn<QString>("storedMinutes");
+        QTest::addColumn<QString>("storedBrightness");
+        QTest::newRow("words") << "soon" << 0.0f << "integer:0"
+                               << "real:0";
+        QTest::newRow("empty") << "" << 0.0f << "integer:0"
+                               << "real:0";
+        QTest::newRow("negative") << "-7.5" << -7.5f << "integer:-7"
+                                  << "real:-7.5";
+        QTest::newRow("huge") << "1e30" << 1e30f << "integer:2147483647"
+                              << "real:1e+30";
+        QTest::newRow("many digits")
+            << "123456789012345678901234567890" << 1.2345679e29f << "integer:2147483647"
+            << "real:1.23457e+29";
+        QTest::newRow("hugely negative") << "-1e30" << -1e30f << "integer:-2147483648"
+                                         << "real:-1e+30";
+        QTest::newRow("tiny") << "1e-60" << 0.0f << "integer:0"
+                              << "real:0";
+    }
+
+    void typedNumbersThatAreNoNumbers()
+    {
+        QFETCH(QString, typed);
+        QFETCH(float, minutes);
+        QFETCH(QString, storedMinutes);
+        QFETCH(QString, storedBrightness);
+        Opened o("<key>dim</key><true/><key>timeout</key><true/>");
+        o.delegate().openPreferences();
+        o.window().timeoutTextBox()->setText(typed);
+        QTest::keyClick(o.window().timeoutTextBox(), Qt::Key_Return);
+        o.window().brightnessText()->setText(typed);
+        QTest::keyClick(o.window().brightnessText(), Qt::Key_Return);
+        QCOMPARE(o.delegate().preferences().timeoutTime, minutes);
+        QCOMPARE(o.delegate().preferences().lockBrightness, minutes);
+        QCOMPARE(o.stored("timeoutTime"), storedMinutes);
+        QCOMPARE(o.stored("lockBrightnes"), storedBrightness);
+        // Reopened, the fields show what memory holds; a lock with these values comes and goes.
+        o.delegate().openPreferences();
+        QCOMPARE(PreferenceActions::floatValue(o.window().timeoutTextBox()->text()), minutes);
+        o.delegate().lock();
+        QVERIFY(o.delegate().isLockActive());
+    }
+
+    void aNumberBeyondAFloatIsInfinite()
+    {
+        Opened o("<key>dim</key><true/><key>timeout</key><true/>");
+        o.delegate().openPreferences();
+        o.window().timeoutTextBox()->setText(QStringLiteral("1e39 minutes"));
+        QTest::keyClick(o.window().timeoutTextBox(), Qt::Key_Return);
+        o.window().brightnessText()->setText(QStringLiteral("-1e400"));
+        QTest::keyClick(o.window().brightnessText(), Qt::Key_Return);
+        QVERIFY(std::isinf(o.delegate().preferences().timeoutTime));
+        QVERIFY(o.delegate().preferences().timeoutTime > 0);
+        QVERIFY(std::isinf(o.delegate().preferences().lockBrightness));
+        QVERIFY(o.delegate().preferences().lockBrightness < 0);
+        QCOMPARE(o.stored("timeoutTime"), QStringLiteral("integer:2147483647"));
+        // Written as the property list's own "-infinity".
+        QCOMPARE(o.stored("lockBrightnes"), QStringLiteral("real:-inf"));
+        // The file stays readable, and the next start reads the limits back.
+        QVERIFY(o.library.properties().has_value());
+        o.program.reset();
+        o.program = std::make_unique<StartedProgram>(o.library.folder());
+        QCOMPARE(o.delegate().preferences().timeoutTime, 2147483647.0f);
+        QVERIFY(std::isinf(o.delegate().preferences().lockBrightness));
+        o.delegate().lock();
+        QVERIFY(o.delegate().isLockActive());
+    }
+
     void clickingACheckBoxStoresIt()
     {
         Opened o("<key>showMusic</key><true/><key>openAtLogin</key><false/>");
@@ -312,6 +472,25 @@ private slots:
         o.window().openOnLoginCheck()->click();
         QCOMPARE(o.stored("openAtLogin"), QStringLiteral("boolean:true"));
         QCOMPARE(o.program->loginItems.calls, QStringList{"append"});
+    }
+
+    void theMailAndCapsLockBoxesFlipMemoryWhateverTheyShow()
+    {
+        Opened o("<key>showShutDown</key><true/>");
+        o.delegate().openPreferences();
+        QVERIFY(o.delegate().preferences().showShutDown);
+        QVERIFY(o.delegate().preferences().showCapslock);
+        // Set off by the program, not by a click: the box and memory disagree.
+        o.window().shutDownCheck()->setChecked(false);
+        o.window().capslockCheck()->setChecked(false);
+        o.window().shutDownCheck()->click();
+        o.window().capslockCheck()->click();
+        QVERIFY(o.window().shutDownCheck()->isChecked());
+        QVERIFY(o.window().capslockCheck()->isChecked());
+        QVERIFY(!o.delegate().preferences().showShutDown);
+        QVERIFY(!o.delegate().preferences().showCapslock);
+        QCOMPARE(o.stored("showShutDown"), QStringLiteral("boolean:false"));
+        QCOMPARE(o.stored("showCapslock"), QStringLiteral("boolean:false"));
     }
 
     void theDisplayChecksEnableTheirFields()

@@ -86,8 +86,9 @@ private slots:
         for (QAction* action : item.statusMenu()->actions())
             if (!action->isSeparator())
                 titles << action->text();
-        QCOMPARE(titles, QStringList({"Lock Screen", "Lock After", "Preferences...",
-                                      "About Tessarine", "Help", "Quit Tessarine"}));
+        QCOMPARE(titles,
+                 QStringList({"Lock Screen", "Lock After", "Preferences...", "About Tessarine",
+                              "Help", "Tessarine Users Site", "Quit Tessarine"}));
         QSignalSpy locks(&item, &StatusItem::lockRequested);
         item.statusMenu()->actions().first()->trigger();
         QCOMPARE(locks.size(), 1);
