@@ -5,9 +5,11 @@
 //       maps TRIALS popups one after another, each at another place and size: an
 //       override-redirect window, or a managed window that asks the window manager to keep it
 //       above the others (_NET_WM_STATE_ABOVE). Prints one line per trial: the milliseconds from
-//       the map request until every lock window lies above the popup for good (it is watched
-//       for a while longer; a popup that comes back on top restarts nothing but moves the
-//       figure to its last covering), or "timeout".
+//       its appearance (the map request; for a managed window, the window manager's map of its
+//       frame) until every lock window lies above the popup, or "timeout". Each popup
+//       is watched for a while longer: when it comes back on top (the window manager raising it
+//       again), the time from then until it is covered again counts as well, and the longer
+//       of these times is printed.
 //   cover_timer hold override|above X Y W H COLOUR FILE
 //       one such popup of that colour (RRGGBB), left mapped: "covered MS" (or "timeout") is
 //       written to FILE once the lock lies above it; it stays until SIGTERM.
@@ -158,11 +160,17 @@ private:
     std::map<xcb_window_t, bool> m_lockClass;
 };
 
-// Every lock window lies above the popup's top-level window, and the popup is on screen.
-bool lockAbove(Desktop& desktop, xcb_window_t popup)
+enum class PopupState
+{
+    Unmapped, // not on screen (yet)
+    Exposed,  // on screen, with a lock window beneath it
+    Covered,  // on screen, and every lock window lies above it
+};
+
+PopupState popupState(Desktop& desktop, xcb_window_t popup)
 {
     if (!desktop.viewable(popup))
-        return false;
+        return PopupState::Unmapped;
     const xcb_window_t top = desktop.topLevelOf(popup);
     const std::vector<TopWindow> stack = desktop.stack();
     int popupIndex = -1;
@@ -173,7 +181,7 @@ bool lockAbove(Desktop& desktop, xcb_window_t popup)
         if (stack[size_t(i)].lock && lowestLock < 0)
             lowestLock = i;
     }
-    return popupIndex >= 0 && lowestLock > popupIndex;
+    return popupIndex >= 0 && lowestLock > popupIndex ? PopupState::Covered : PopupState::Exposed;
 }
 
 // Every point of every rectangle shows a lock window: the topmost viewable window there is one.
@@ -233,15 +241,22 @@ std::vector<Rect> activeMonitors(xcb_connection_t* c, xcb_window_t root)
 }
 
 // Waits up to `ms` for the connection to have something to read; drains what came, and says
-// whether anything of `interest` (an event type, 0 for any) was among it.
-bool waitForEvents(xcb_connection_t* c, int ms, uint8_t interest = 0)
+// whether anything of `interest` (an event type, 0 for any) was among it. When `mapped` is
+// given, the windows mapped on the root are noted in it with the time they were heard of.
+bool waitForEvents(xcb_connection_t* c, int ms, uint8_t interest = 0,
+                   std::map<xcb_window_t, Clock::time_point>* mapped = nullptr)
 {
     pollfd fd{xcb_get_file_descriptor(c), POLLIN, 0};
     poll(&fd, 1, ms);
     bool seen = false;
     while (xcb_generic_event_t* event = xcb_poll_for_event(c)) {
-        if (interest == 0 || (event->response_type & 0x7f) == interest)
+        const uint8_t type = event->response_type & 0x7f;
+        if (interest == 0 || type == interest)
             seen = true;
+        if (mapped && type == XCB_MAP_NOTIFY) {
+            const auto* map = reinterpret_cast<xcb_map_notify_event_t*>(event);
+            mapped->emplace(map->window, Clock::now());
+        }
         std::free(event);
     }
     return seen;
@@ -286,28 +301,57 @@ xcb_window_t createPopup(xcb_connection_t* c, xcb_screen_t* screen, bool managed
     return window;
 }
 
-// Maps the popup and follows it for `watch`: returns the milliseconds from the map request to
-// the last moment the lock came to lie above it, or nothing when the lock is not above it at
-// the end.
+// Maps the popup and follows it for `watch`: returns the longest time it lay above a lock
+// window, in milliseconds, or nothing when it is not covered at the end. Counted from the moment
+// it appears until it is first covered, and from each time it is seen on top again until it is
+// covered again. It appears with the map request when it bypasses the window manager; a managed
+// window appears when the window manager maps the frame it put it in. How it went goes to stderr
+// when it took long or came back on top.
 std::optional<double> timePopup(xcb_connection_t* c, Desktop& desktop, xcb_window_t popup,
-                                std::chrono::milliseconds watch)
+                                bool managed, std::chrono::milliseconds watch, int trial)
 {
     const Clock::time_point start = Clock::now();
+    std::map<xcb_window_t, Clock::time_point> mapped;
     xcb_map_window(c, popup);
     xcb_flush(c);
-    bool wasCovered = false;
-    double coveredAt = 0;
-    while (Clock::now() - start < watch || !wasCovered) {
+    const auto ms = [start](Clock::time_point t) {
+        return std::chrono::duration<double, std::milli>(t - start).count();
+    };
+    bool appeared = false;
+    bool covered = false;
+    double exposedSince = 0;
+    double longest = 0;
+    std::string story;
+    while (Clock::now() - start < watch || !covered) {
         if (Clock::now() - start > timeLimit)
             return std::nullopt;
-        const bool now = lockAbove(desktop, popup);
-        if (now && !wasCovered)
-            coveredAt = msSince(start);
-        wasCovered = now;
+        const PopupState state = popupState(desktop, popup);
+        const double now = msSince(start);
+        if (state != PopupState::Unmapped && !appeared) {
+            appeared = true;
+            if (managed) {
+                const auto frame = mapped.find(desktop.topLevelOf(popup));
+                exposedSince = frame != mapped.end() ? ms(frame->second) : now;
+                story += " appeared " + std::to_string(exposedSince);
+            }
+        }
+        if (state == PopupState::Covered && !covered) {
+            longest = std::max(longest, now - exposedSince);
+            story += " covered " + std::to_string(now);
+            covered = true;
+        } else if (state == PopupState::Exposed && covered) {
+            exposedSince = now;
+            story += " on top " + std::to_string(now);
+            covered = false;
+        } else if (state == PopupState::Unmapped && appeared) {
+            covered = true; // off the screen: nothing to cover
+        }
         // The next change of the stacking, or a look every few milliseconds all the same.
-        waitForEvents(c, 3);
+        waitForEvents(c, 3, 0, &mapped);
     }
-    return coveredAt;
+    if (longest > 50 || story.find("on top") != std::string::npos)
+        std::fprintf(stderr, "trial %d:%s\n", trial, story.c_str());
+    return longest;
 }
 
 // Changes of the root's children wake the timing loops at once.
@@ -338,7 +382,7 @@ int runPopups(xcb_connection_t* c, xcb_screen_t* screen, bool managed, int trial
                      int(nextRandom(seed) % uint32_t(height - h + 1)), w, h};
         const xcb_window_t popup = createPopup(c, screen, managed, r, 0xff00ff);
         const std::optional<double> ms =
-            timePopup(c, desktop, popup, std::chrono::milliseconds(120));
+            timePopup(c, desktop, popup, managed, std::chrono::milliseconds(120), trial);
         if (ms)
             std::printf("%.2f\n", *ms);
         else
@@ -358,7 +402,8 @@ int holdPopup(xcb_connection_t* c, xcb_screen_t* screen, bool managed, const Rec
     watchRoot(c, screen);
     Desktop desktop(c, screen);
     const xcb_window_t popup = createPopup(c, screen, managed, r, colour);
-    const std::optional<double> ms = timePopup(c, desktop, popup, std::chrono::milliseconds(120));
+    const std::optional<double> ms =
+        timePopup(c, desktop, popup, managed, std::chrono::milliseconds(120), 0);
     if (FILE* out = std::fopen(file, "a")) {
         if (ms)
             std::fprintf(out, "covered %.2f\n", *ms);
