@@ -44,6 +44,9 @@ change() {
         fail "$name: the probe failed: $(cat "$RIG_DIR/timer.err")"
     monitors=$(sed -n 's/^monitors //p' "$RIG_DIR/timer.err")
     echo "$name $ms" >>"$RIG_DIR/times.txt"
+    # How a slow one went, for whoever reads the figures.
+    awk -v ms="$ms" 'BEGIN { exit !(ms == "timeout" || ms >= 50) }' &&
+        echo "$name: $(grep '^story' "$RIG_DIR/timer.err")"
     [ "$ms" != timeout ] || fail "$name: $monitors monitors not covered after 3 s"
     awk -v ms="$ms" 'BEGIN { exit !(ms < 100) }' || fail "$name: covered only after $ms ms"
     if [ "$round" = 1 ]; then

@@ -443,6 +443,7 @@ int timeRandr(xcb_connection_t* c, xcb_screen_t* screen, char** command)
     bool wasCovered = false;
     double coveredAt = 0;
     std::size_t monitors = 0;
+    std::string story;
     for (;;) {
         pollfd fd{xcb_get_file_descriptor(c), POLLIN, 0};
         poll(&fd, 1, 3);
@@ -471,6 +472,10 @@ int timeRandr(xcb_connection_t* c, xcb_screen_t* screen, char** command)
         const std::vector<Rect> areas = activeMonitors(c, screen->root);
         monitors = areas.size();
         const bool now = !areas.empty() && covered(desktop.stack(), areas);
+        if (now != wasCovered) {
+            story += (now ? " covered " : " uncovered ") + std::to_string(msSince(*changed));
+            story += " (" + std::to_string(monitors) + " monitors)";
+        }
         if (now && !wasCovered)
             coveredAt = msSince(*changed);
         wasCovered = now;
@@ -480,7 +485,12 @@ int timeRandr(xcb_connection_t* c, xcb_screen_t* screen, char** command)
         if (Clock::now() - *changed > timeLimit)
             break;
     }
+    if (!changed)
+        changed = spawned;
     std::fprintf(stderr, "monitors %zu\n", monitors);
+    std::fprintf(stderr, "story: command at %.2f, first RandR event at %.2f:%s\n",
+                 -std::chrono::duration<double, std::milli>(*changed - spawned).count(), 0.0,
+                 story.c_str());
     if (wasCovered)
         std::printf("%.2f\n", coveredAt);
     else
