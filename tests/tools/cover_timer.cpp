@@ -382,7 +382,7 @@ int runPopups(xcb_connection_t* c, xcb_screen_t* screen, bool managed, int trial
                      int(nextRandom(seed) % uint32_t(height - h + 1)), w, h};
         const xcb_window_t popup = createPopup(c, screen, managed, r, 0xff00ff);
         const std::optional<double> ms =
-            timePopup(c, desktop, popup, managed, std::chrono::milliseconds(120), trial);
+            timePopup(c, desktop, popup, managed, std::chrono::milliseconds(100), trial);
         if (ms)
             std::printf("%.2f\n", *ms);
         else
@@ -390,7 +390,7 @@ int runPopups(xcb_connection_t* c, xcb_screen_t* screen, bool managed, int trial
         std::fflush(stdout);
         xcb_destroy_window(c, popup);
         xcb_flush(c);
-        waitForEvents(c, 15);
+        waitForEvents(c, 10);
     }
     return 0;
 }
@@ -403,7 +403,7 @@ int holdPopup(xcb_connection_t* c, xcb_screen_t* screen, bool managed, const Rec
     Desktop desktop(c, screen);
     const xcb_window_t popup = createPopup(c, screen, managed, r, colour);
     const std::optional<double> ms =
-        timePopup(c, desktop, popup, managed, std::chrono::milliseconds(120), 0);
+        timePopup(c, desktop, popup, managed, std::chrono::milliseconds(100), 0);
     if (FILE* out = std::fopen(file, "a")) {
         if (ms)
             std::fprintf(out, "covered %.2f\n", *ms);
