@@ -23,6 +23,10 @@ victim_window=$(xdotool search --name '^tessarine-probe$')
 "$X11_PROBE" record-keys "$RIG_DIR/other.txt" &
 other=$!
 wait_until 5 grep -q mapped "$RIG_DIR/other.txt" || fail "the second window did not map"
+other_window() { xdotool search --name '^tessarine-probe$' | grep -vx "$victim_window"; }
+wait_until 5 other_window >/dev/null || fail "the second window has no name"
+# openbox gives a new window the focus: that is waited for, so that it is not taken back below.
+wait_until 3 is_active "$(other_window)" || true
 give_keyboard "$victim_window" || fail "the recording window cannot be given the keyboard"
 xdotool mousemove 640 400
 desktop_number=$(xdotool get_desktop)
@@ -31,7 +35,8 @@ keys_seen() { grep -c -E '^(key|release) ' "$1" || true; }
 
 # Unlocked, the keys do reach it, and openbox's bindings act: the test can see both.
 xdotool key z
-wait_until 3 test "$(keys_seen "$RIG_DIR/keys.txt")" -ge 2 || fail "the window receives no keys"
+wait_until 3 test "$(keys_seen "$RIG_DIR/keys.txt")" -ge 2 ||
+    fail "the window receives no keys (active: $(xdotool getactivewindow), it: $victim_window)"
 xdotool key ctrl+alt+Right
 wait_until 3 test "$(xdotool get_desktop)" != "$desktop_number" || fail "openbox's bindings do not act"
 xdotool key ctrl+alt+Left
