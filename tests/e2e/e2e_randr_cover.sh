@@ -23,10 +23,13 @@ bright=#00ff00
 
 # The desktop's window, and a bright one past the screen's right edge: it shows once the screen
 # grows, unless the lock covers it.
+# Both end with the rig, should the test fail.
 "$X11_PROBE" record-keys "$RIG_DIR/keys.txt" >/dev/null 2>&1 &
 desktop_window=$!
+RIG_PIDS+=("$desktop_window")
 "$X11_PROBE" popup 1400 100 400 300 00ff00 "$RIG_DIR/bright.txt" >/dev/null 2>&1 &
 bright_window=$!
+RIG_PIDS+=("$bright_window")
 wait_until 5 grep -q mapped "$RIG_DIR/keys.txt" || fail "the desktop's window did not map"
 wait_until 5 grep -q mapped "$RIG_DIR/bright.txt" || fail "the bright window did not map"
 

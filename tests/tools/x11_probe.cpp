@@ -156,8 +156,12 @@ int main(int argc, char** argv)
             std::fprintf(out, "mapped\n");
             std::fclose(out);
         }
-        while (!stopping && !xcb_connection_has_error(c))
+        // Events are read, so that the end of the display ends the probe too.
+        while (!stopping && !xcb_connection_has_error(c)) {
+            while (xcb_generic_event_t* event = xcb_poll_for_event(c))
+                std::free(event);
             usleep(10000);
+        }
     } else if (command == "hold-key" && argc == 5) {
         // A passive grab of a key with modifiers on the root window, as another program's
         // shortcut would hold it; "held" goes to FILE once the grab is in place.
