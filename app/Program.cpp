@@ -11,15 +11,29 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 
 // Displays added, removed or resized reach the lock screen, which covers them anew while locked.
+// One change of the displays brings several signals (a screen added, the primary one changed, a
+// geometry); they are handled once, on the next turn of the event loop, when Qt's list of screens
+// is whole again. Each handling rebuilds every cover, so fewer of them cover a new display sooner.
 void watchScreens(KeyListener& app, AppDelegate& delegate)
 {
-    const auto changed = [&delegate] { delegate.applicationDidChangeScreenParameters(); };
+    auto pending = std::make_shared<bool>(false);
+    const auto changed = [&delegate, pending] {
+        if (*pending)
+            return;
+        *pending = true;
+        QTimer::singleShot(0, &delegate, [&delegate, pending] {
+            *pending = false;
+            delegate.applicationDidChangeScreenParameters();
+        });
+    };
     const auto watch = [&delegate, changed](QScreen* screen) {
         QObject::connect(screen, &QScreen::geometryChanged, &delegate, changed);
     };

@@ -192,11 +192,15 @@ void BackgroundBuilder::buildPrimary(int width, int height)
 
 void BackgroundBuilder::buildCoverWindows()
 {
-    hideCoverWindows();
+    // Security: the new covers are up before the old ones go, so that a display that stays is
+    // never uncovered, not even for a moment, while its cover is made anew.
+    std::vector<std::unique_ptr<QWidget>> old = std::move(m_coverWindows);
     m_coverWindows.clear();
     const QList<QRect> screens = m_services.displays.screenGeometries();
     for (int index = 1; index < screens.size(); ++index)
         m_coverWindows.push_back(makeCoverWindow(index, screens.at(index)));
+    for (const auto& cover : old)
+        cover->hide();
 }
 
 std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRect& screen)
@@ -294,7 +298,6 @@ void BackgroundBuilder::applicationDidChangeScreenParameters(bool lockActive)
     m_window.setMinimumSize(screen.size());
     m_window.setMaximumSize(screen.size());
     m_window.setGeometry(QRect(screen.topLeft(), screen.size()));
-    hideCoverWindows();
     updateBackground();
     positionLock();
 }

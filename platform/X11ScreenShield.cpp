@@ -30,7 +30,8 @@ xcb_window_t nativeId(QWidget* window)
 
 } // namespace
 
-X11ScreenShield::X11ScreenShield() : m_connection(qtConnection()), m_guard(m_connection)
+X11ScreenShield::X11ScreenShield()
+    : m_connection(qtConnection()), m_guard(m_connection), m_keyboardRelease(m_connection)
 {
     if (m_connection)
         m_root = rootOf(m_connection);
@@ -50,6 +51,8 @@ bool X11ScreenShield::makeKey(QWidget* window)
     }
     const xcb_window_t id = nativeId(window);
     m_keyWindow = window;
+    // The grab of the last lock, still waiting for its keys to come up, is taken over below.
+    m_keyboardRelease.cancel();
     const uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(m_connection, id, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     // The keyboard first: from the moment the grab succeeds every key goes to the lock, whatever
@@ -100,7 +103,11 @@ void X11ScreenShield::releaseGrabs()
     // Told first: the guard then lets every later press go on to where it was going.
     m_guard.unlocked();
     xcb_ungrab_pointer(m_connection, XCB_CURRENT_TIME);
-    xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
+    // The key that ended the lock is let go of with the grab held (see X11KeyboardRelease).
+    if (m_keyboardGrabbed)
+        m_keyboardRelease.release();
+    else
+        xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
     m_keyboardGrabbed = false;
     m_pointerGrabbed = false;

@@ -2,6 +2,7 @@
 
 #include "platform/GuardProcess.h"
 #include "platform/ScreenShield.h"
+#include "platform/X11KeyboardRelease.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QList>
@@ -42,6 +43,7 @@ private:
     QList<QPointer<QWidget>> m_above;
     QPointer<QWidget> m_keyWindow;
     GuardProcess m_guard;
+    X11KeyboardRelease m_keyboardRelease;
 };
 
 class X11PointerInjector final : public PointerInjector

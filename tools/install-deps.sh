@@ -10,7 +10,7 @@ packages=(
     libxcb-randr0-dev libxkbcommon-dev libxkbcommon-x11-dev libdbus-1-dev
     libglib2.0-dev libglib2.0-bin
     xvfb xauth xdotool x11-utils x11-xserver-utils imagemagick
-    dbus-daemon dbus-x11 openbox trayer
+    dbus-daemon dbus-x11 openbox trayer xcompmgr
     scdoc groff-base dpkg-dev file desktop-file-utils appstream xss-lock
     mpv mpv-mpris playerctl sox
     "$@"

@@ -2,8 +2,9 @@
 //   x11_probe grab-keyboard    prints the status of a keyboard grab on the root window
 //   x11_probe grab-pointer     prints the status of a pointer grab on the root window
 //   x11_probe buttons          prints the pointer's pressed buttons as a mask (0 = none)
+//   x11_probe viewable         prints the root's viewable children, bottom to top, one id a line
 //   x11_probe record-keys FILE maps a large window (colour 0x336699) and appends one line per
-//                              key it receives
+//                              key it receives: "key N" for a press, "release N" for a release
 //   x11_probe hold-key KEYCODE MODS FILE  holds a key combination, as another program's
 //                              shortcut would, and writes "held" to FILE
 //   x11_probe popup X Y W H COLOUR FILE  maps an override-redirect window of that colour
@@ -105,13 +106,25 @@ int main(int argc, char** argv)
         const unsigned mask = reply ? (reply->mask & 0x1f00u) >> 8 : 0;
         std::free(reply);
         std::printf("%u\n", mask);
+    } else if (command == "viewable") {
+        auto* tree = xcb_query_tree_reply(c, xcb_query_tree(c, screen->root), nullptr);
+        const xcb_window_t* children = tree ? xcb_query_tree_children(tree) : nullptr;
+        for (int i = 0; tree && i < xcb_query_tree_children_length(tree); ++i) {
+            auto* attributes = xcb_get_window_attributes_reply(
+                c, xcb_get_window_attributes(c, children[i]), nullptr);
+            if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE)
+                std::printf("0x%x\n", unsigned(children[i]));
+            std::free(attributes);
+        }
+        std::free(tree);
     } else if (command == "record-keys" && argc == 3) {
         FILE* out = std::fopen(argv[2], "a");
         if (!out)
             return 2;
         std::signal(SIGTERM, stop);
-        const xcb_window_t window = makeWindow(c, screen, 100, 100, 900, 600, 0x336699, false,
-                                               XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_EXPOSURE);
+        const xcb_window_t window = makeWindow(
+            c, screen, 100, 100, 900, 600, 0x336699, false,
+            XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE | XCB_EVENT_MASK_EXPOSURE);
         std::fprintf(out, "mapped\n");
         std::fflush(out);
         while (!stopping) {
@@ -119,6 +132,10 @@ int main(int argc, char** argv)
                 if ((event->response_type & 0x7f) == XCB_KEY_PRESS) {
                     auto* key = reinterpret_cast<xcb_key_press_event_t*>(event);
                     std::fprintf(out, "key %u\n", unsigned(key->detail));
+                    std::fflush(out);
+                } else if ((event->response_type & 0x7f) == XCB_KEY_RELEASE) {
+                    auto* key = reinterpret_cast<xcb_key_release_event_t*>(event);
+                    std::fprintf(out, "release %u\n", unsigned(key->detail));
                     std::fflush(out);
                 }
                 std::free(event);
@@ -139,8 +156,12 @@ int main(int argc, char** argv)
             std::fprintf(out, "mapped\n");
             std::fclose(out);
         }
-        while (!stopping && !xcb_connection_has_error(c))
+        // Events are read, so that the end of the display ends the probe too.
+        while (!stopping && !xcb_connection_has_error(c)) {
+            while (xcb_generic_event_t* event = xcb_poll_for_event(c))
+                std::free(event);
             usleep(10000);
+        }
     } else if (command == "hold-key" && argc == 5) {
         // A passive grab of a key with modifiers on the root window, as another program's
         // shortcut would hold it; "held" goes to FILE once the grab is in place.
