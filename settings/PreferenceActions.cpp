@@ -10,7 +10,9 @@
 #include <QObject>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 // The kinds of background, by their place in the background menu.
@@ -123,7 +125,13 @@ float PreferenceActions::floatValue(const QString& text)
 void PreferenceActions::setTimeout(float minutes)
 {
     m_preferences.timeoutTime = minutes;
-    m_store.set(Keys::timeoutTime, qint64(std::trunc(minutes)));
+    // The file keeps whole minutes, read back at the next start as a 32-bit integer: a larger
+    // number (2147483648, or 1e30 typed) is written as the largest that reads back as itself,
+    // rather than one that reads back negative, and no number is converted out of range.
+    const double whole = std::isnan(minutes) ? 0.0 : std::trunc(double(minutes));
+    const double kept = std::clamp(whole, double(std::numeric_limits<qint32>::min()),
+                                   double(std::numeric_limits<qint32>::max()));
+    m_store.set(Keys::timeoutTime, qint64(kept));
 }
 
 void PreferenceActions::setLockBrightness(float brightness)
