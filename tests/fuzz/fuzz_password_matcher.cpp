@@ -179,9 +179,10 @@ double pickDelay(FuzzedDataProvider& data)
     return data.ConsumeFloatingPointInRange<double>(0, 3);
 }
 
+// Unit for unit (QString::fromUtf16 would drop a leading U+FEFF as a byte order mark).
 QString toQString(const Text& text)
 {
-    return QString::fromUtf16(text.data(), qsizetype(text.size()));
+    return QString(reinterpret_cast<const QChar*>(text.data()), qsizetype(text.size()));
 }
 
 const char* name(ReferenceModel::Answer answer)
@@ -210,21 +211,46 @@ ReferenceModel::Answer answerOf(PasswordMatcher::Outcome outcome)
     return ReferenceModel::Answer::Nothing;
 }
 
+// What happened so far, printed when the program and the model part.
+std::string history;
+
+std::string describe(const Text& text)
+{
+    std::string out = "\"";
+    for (char16_t unit : text) {
+        char hex[8];
+        if (unit >= 0x20 && unit < 0x7f && unit != '"' && unit != '\\') {
+            out += char(unit);
+        } else {
+            std::snprintf(hex, sizeof hex, "\\u%04x", unsigned(unit));
+            out += hex;
+        }
+    }
+    return out + "\"";
+}
+
+std::string describe(const std::vector<int>& flags)
+{
+    std::string out = "[";
+    for (int flag : flags)
+        out += std::to_string(flag);
+    return out + "]";
+}
+
 [[noreturn]] void disagree(int step, const char* what, const char* program, const char* model)
 {
-    std::fprintf(stderr, "step %d (%s): the program says %s, the rules say %s\n", step, what,
-                 program, model);
+    std::fprintf(stderr, "%s\nstep %d (%s): the program says %s, the rules say %s\n",
+                 history.c_str(), step, what, program, model);
     std::abort();
 }
 
 void compareFlags(int step, const ReferenceModel& model)
 {
     const QList<int>& flags = PasswordBuffer::matchFlags();
-    bool same = flags.size() == qsizetype(model.flags.size());
-    for (qsizetype i = 0; same && i < flags.size(); ++i)
-        same = flags[i] == model.flags[size_t(i)];
-    if (!same)
-        disagree(step, "match flags", "other flags", "these");
+    const std::vector<int> programFlags(flags.begin(), flags.end());
+    if (programFlags != model.flags)
+        disagree(step, "match flags", describe(programFlags).c_str(),
+                 describe(model.flags).c_str());
     if (PasswordBuffer::getUnlocking() != model.unlocking)
         disagree(step, "unlocking flag", PasswordBuffer::getUnlocking() ? "set" : "clear",
                  model.unlocking ? "set" : "clear");
@@ -263,6 +289,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     }
     bool orderMatters = data.ConsumeBool();
     model.load(entries);
+    history = "password";
+    if (entries) {
+        for (const Text& entry : *entries)
+            history += " " + describe(entry);
+    } else {
+        history += " absent";
+    }
+    history += orderMatters ? ", in order" : ", chord";
     std::optional<QStringList> stored;
     if (entries) {
         stored.emplace();
@@ -300,6 +334,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         if (kind < 200) {
             const Text key = pickText(data);
             const double delay = pickDelay(data);
+            history += "\n+" + std::to_string(delay) + " s key " + describe(key);
             clock.seconds += delay;
             now += delay;
             const auto program = answerOf(matcher.keyPressed(toQString(key), orderMatters));
@@ -321,8 +356,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         switch (kind % 4) {
         case 0: // the preferences flip the mode
             orderMatters = !orderMatters;
+            history += "\nmode flipped";
             break;
         case 1: // a new lock starts
+            history += "\nnew lock";
             PasswordBuffer::setUnlocking(false);
             model.unlocking = false;
             break;
@@ -331,6 +368,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
             const size_t length = data.ConsumeIntegralInRange<size_t>(0, 4);
             for (size_t i = 0; i < length; ++i)
                 password += pickText(data);
+            history += "\npassword saved " + describe(password);
             PasswordBuffer::rebuildFrom(toQString(password));
             model.save(password);
             break;
@@ -340,6 +378,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
             const size_t length = data.ConsumeIntegralInRange<size_t>(0, 4);
             for (size_t i = 0; i < length; ++i)
                 text += pickText(data);
+            history += "\nfield " + describe(text);
             const auto program = answerOf(matcher.passwordEntered(toQString(text)));
             const auto expected = model.passwordEntered(text);
             if (program != expected)
