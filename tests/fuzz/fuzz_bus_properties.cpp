@@ -5,10 +5,10 @@
 // bus (a dbus-daemon of this process's own), so the requests go through QtDBus's property
 // handling to ScriptingInterface as they do in use.
 //
-// Besides never crashing: every request is answered; only `lock` set to the integer 1 starts a
-// lock, and nothing unlocks; `mail` set to an integer reports exactly that count; a read of
-// `lock` or `mail` answers 1; and neither the options file, the password file nor the settings in
-// memory change.
+// Besides never crashing: every request is answered; no property but `lock` and `mail` takes a
+// write; only `lock` set to the integer 1 starts a lock, and nothing unlocks; `mail` set to an
+// integer reports exactly that count; a read of `lock` or `mail` answers 1; and neither the options
+// file, the password file nor the settings in memory change.
 
 #include "PrivateBus.h"
 #include "StartedProgram.h"
@@ -264,6 +264,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
             fail("a request unlocked the screen");
         if (!wasLocked && program.delegate->isLockActive() && !(setsOurs && name == "lock"))
             fail("a request other than setting lock locked the screen:", name);
+        if (kind <= 5 && reply.type() == QDBusMessage::ReplyMessage && name != "lock" &&
+            name != "mail")
+            fail("the bus wrote a property other than lock and mail:", name);
         if (setsOurs && name == "lock" && isInt) {
             if (reply.type() != QDBusMessage::ReplyMessage)
                 fail("setting lock to an integer was refused:", reply.errorMessage());
