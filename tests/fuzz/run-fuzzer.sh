@@ -9,10 +9,15 @@ fuzzer=$1 corpus=$2 work=$3 seconds=$4
 # Inputs found in this run go to the work folder; the committed corpus is only read.
 rm -rf "$work"
 mkdir -p "$work/new"
-# The targets write small files for every input: on tmpfs their fsyncs cost nothing.
+# The targets write small files for every input: on tmpfs their fsyncs cost nothing. A folder of
+# this run's own, removed afterwards even when the target crashed.
+shm=/tmp
 if [ -d /dev/shm ] && [ -w /dev/shm ]; then
-    export TMPDIR=/dev/shm
+    shm=/dev/shm
 fi
+TMPDIR=$(mktemp -d "$shm/tessarine-fuzz.XXXXXX")
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
 # No display: the targets draw offscreen, and the bus target brings its own session bus.
 unset DISPLAY DBUS_SESSION_BUS_ADDRESS
 export QT_QPA_PLATFORM=offscreen
