@@ -1,17 +1,24 @@
 # make run   installs what is missing, builds, and starts Tessarine (a demo when there is no display)
-# make test  installs what is missing, checks formatting, builds with warnings as errors, and runs
-#            every test twice: once plainly and once under AddressSanitizer and UBSan
+# make test  installs what is missing, checks formatting, builds with warnings as errors, runs
+#            every test twice, once plainly and once under AddressSanitizer and UBSan, then runs
+#            each fuzz target for 20 s (test-fuzz)
+# make fuzz  builds the libFuzzer targets with clang in build-fuzz and runs each for FUZZ_SECONDS
+#            (default 600); new inputs land in build-fuzz/tests/fuzz/work/<target>/new
 # make bench runs the benchmarks under bench/ and prints their report
 # make deb   builds the Debian package build/tessarine_<version>_<arch>.deb
 # make install installs under /usr/local (PREFIX=/some/where for another prefix; DESTDIR works)
 
 BUILD      := build
 ASAN_BUILD := build-asan
+FUZZ_BUILD := build-fuzz
+FUZZ_SECONDS ?= 600
+FUZZ_TARGETS := fuzz_property_lists fuzz_password_matcher fuzz_bus_properties
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS := -G Ninja -DTESSARINE_WERROR=ON
 SOURCES     = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null || find app settings input triggers lockscreen ui platform tests bench -name '*.cpp' -o -name '*.h')
 
-.PHONY: all deps configure build run demo test test-plain test-asan format format-check bench deb install clean
+.PHONY: all deps configure build run demo test test-plain test-asan test-fuzz fuzz fuzz-build format \
+        format-check bench deb install clean
 
 all: build
 
@@ -37,7 +44,7 @@ format-check: deps
 	@clang-format --dry-run --Werror $(SOURCES)
 	@echo "formatting: clean"
 
-test: format-check test-plain test-asan
+test: format-check test-plain test-asan test-fuzz
 
 test-plain: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
@@ -47,6 +54,22 @@ test-asan: deps
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
 	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 		UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+
+# The fuzz targets: every object of build-fuzz compiled by clang with libFuzzer's coverage and the
+# sanitizers (docs/TESTING.md).
+fuzz-build: deps
+	@cmake -S . -B $(FUZZ_BUILD) $(CMAKE_ARGS) -DTESSARINE_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++ \
+		-DCMAKE_BUILD_TYPE=RelWithDebInfo "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g" >/dev/null
+	@cmake --build $(FUZZ_BUILD) -j $(JOBS) --target fuzz_targets
+
+test-fuzz: fuzz-build
+	@cd $(FUZZ_BUILD) && ctest --output-on-failure -j $(JOBS) -L fuzz
+
+fuzz: fuzz-build
+	@for target in $(FUZZ_TARGETS); do \
+		tests/fuzz/run-fuzzer.sh $(FUZZ_BUILD)/tests/fuzz/$$target tests/fuzz/corpus/$$target \
+			$(FUZZ_BUILD)/tests/fuzz/work/$$target $(FUZZ_SECONDS) || exit 1; \
+	done
 
 bench: build
 	@tools/install-deps.sh i3lock
@@ -59,4 +82,4 @@ install: build
 	@cmake --install $(BUILD) $(if $(PREFIX),--prefix $(PREFIX))
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

@@ -48,6 +48,9 @@ Node readRoot(const std::string& path)
     std::string bytes(static_cast<size_t>(size), '\0');
     if (!file.read(bytes.data(), size) || !looksLikeXml(bytes))
         return nullptr;
+    // XML never holds a NUL byte; libplist would abort in an assertion reading such a string.
+    if (bytes.find('\0') != std::string::npos)
+        return nullptr;
     plist_t root = nullptr;
     plist_from_xml(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
     return Node(root);

@@ -17,9 +17,10 @@ SessionBus::Claim SessionBus::claim(QObject* scriptingInterface)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Claim::Unavailable;
-    // The object first, so that whoever sees the name finds the object behind it.
+    // The object first, so that whoever sees the name finds the object behind it. Only its
+    // scriptable properties, mail and lock (see ScriptingInterface).
     bus.registerObject(QString::fromLatin1(ScriptingInterface::objectPath), scriptingInterface,
-                       QDBusConnection::ExportAllProperties);
+                       QDBusConnection::ExportScriptableProperties);
     const auto reply = bus.interface()->registerService(
         QString::fromLatin1(ScriptingInterface::serviceName),
         QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);

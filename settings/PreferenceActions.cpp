@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -124,15 +125,13 @@ float PreferenceActions::floatValue(const QString& text)
 void PreferenceActions::setTimeout(float minutes)
 {
     m_preferences.timeoutTime = minutes;
-    // The whole minutes, within what the key is read back as (32 bits): a number too large for
-    // it, or infinite, is kept as the nearest limit, so that it still reads as "a long time".
-    const double whole = std::trunc(double(minutes));
-    const qint64 stored =
-        std::isnan(whole)                                     ? 0
-        : whole >= double(std::numeric_limits<qint32>::max()) ? std::numeric_limits<qint32>::max()
-        : whole <= double(std::numeric_limits<qint32>::min()) ? std::numeric_limits<qint32>::min()
-                                                              : qint64(whole);
-    m_store.set(Keys::timeoutTime, stored);
+    // The file keeps whole minutes, read back at the next start as a 32-bit integer: a larger
+    // number (2147483648, or 1e30 typed) is written as the largest that reads back as itself,
+    // rather than one that reads back negative, and no number is converted out of range.
+    const double whole = std::isnan(minutes) ? 0.0 : std::trunc(double(minutes));
+    const double kept = std::clamp(whole, double(std::numeric_limits<qint32>::min()),
+                                   double(std::numeric_limits<qint32>::max()));
+    m_store.set(Keys::timeoutTime, qint64(kept));
 }
 
 void PreferenceActions::setLockBrightness(float brightness)

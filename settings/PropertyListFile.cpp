@@ -57,6 +57,10 @@ plist_t PropertyListFile::readRoot(const QString& path)
     const QByteArray bytes = file.read(maximumSize + 1);
     if (bytes.size() > maximumSize || !looksLikeXml(bytes))
         return nullptr;
+    // XML never holds a NUL byte. libplist would keep one inside a string or key, and then abort
+    // the program in an assertion when the value is read.
+    if (bytes.contains('\0'))
+        return nullptr;
     plist_t root = nullptr;
     plist_from_xml(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
     return root;

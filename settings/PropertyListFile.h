@@ -14,9 +14,10 @@ class Structure;
 
 // Reads and writes XML property lists on disk.
 //
-// Reading is strict: a file that is missing, too large, binary, not well-formed XML or of the
-// wrong root type yields nothing, so that a caller's read-modify-write does nothing and the file
-// on disk is left exactly as it was. Writing replaces the whole file atomically.
+// Reading is strict: a file that is missing, too large, binary, not well-formed XML (a NUL byte
+// included) or of the wrong root type yields nothing, so that a caller's read-modify-write does
+// nothing and the file on disk is left exactly as it was. Writing replaces the whole file
+// atomically.
 class PropertyListFile
 {
 public:

@@ -10,8 +10,8 @@
 
 ScheduledLock::ScheduledLock(Scheduler& scheduler, const Clock& clock, Preferences& preferences,
                              const SettingsStore& store, LockRequest lock)
-    : m_scheduler(scheduler), m_clock(clock), m_preferences(preferences), m_store(store),
-      m_lock(std::move(lock)), m_onTimeLockout(scheduler), m_lockoutTimer(scheduler)
+    : m_clock(clock), m_preferences(preferences), m_store(store), m_lock(std::move(lock)),
+      m_onTimeLockout(scheduler), m_lockoutTimer(scheduler)
 {
 }
 

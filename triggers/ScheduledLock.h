@@ -50,7 +50,6 @@ private:
     void armDaily(int hour, int minute);
     void writeHourAndMinute(const QDateTime& picked);
 
-    Scheduler& m_scheduler;
     const Clock& m_clock;
     Preferences& m_preferences;
     const SettingsStore& m_store;

@@ -10,13 +10,17 @@ class AppDelegate;
 //
 // Security: anything that can talk to the user's session bus can lock the screen this way, as
 // the user's own scripts and an ssh login of the same user are meant to; nothing in this
-// interface unlocks.
+// interface unlocks, and mail and lock are the only properties on the bus.
 class ScriptingInterface : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.tessarine.Tessarine")
     Q_PROPERTY(int mail READ mail WRITE setMail)
     Q_PROPERTY(int lock READ lock WRITE setLock)
+    // QtDBus finds a property by name up the class chain, so QObject's objectName could be read
+    // and written over the bus as well: shadowed here, read-only and not scriptable, it is left
+    // out of what is exported (only the scriptable properties are).
+    Q_PROPERTY(QString objectName READ objectName SCRIPTABLE false)
 public:
     static constexpr const char* serviceName = "org.tessarine.Tessarine";
     static constexpr const char* objectPath = "/org/tessarine/Tessarine";

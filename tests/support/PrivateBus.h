@@ -4,13 +4,18 @@
 #include <QProcess>
 #include <QString>
 
-// A session bus of the test's own: a dbus-daemon child that ends with the object, so no test
-// talks to the user's bus or leaves a daemon behind.
+#include <csignal>
+#include <sys/prctl.h>
+
+// A session bus of the test's own: a dbus-daemon child that ends with the object, or with the
+// test's process when that ends without it (a crash, a fuzz target's abort), so no test talks to
+// the user's bus or leaves a daemon behind.
 class PrivateBus
 {
 public:
     PrivateBus()
     {
+        m_daemon.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
         m_daemon.start(QStringLiteral("dbus-daemon"),
                        {QStringLiteral("--session"), QStringLiteral("--nofork"),
                         QStringLiteral("--nopidfile"), QStringLiteral("--print-address=1")});

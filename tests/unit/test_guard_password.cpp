@@ -184,6 +184,10 @@ private slots:
             << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><array><string>a</string>"
                           "<integer>3</integer></array></plist>")
             << false;
+        QTest::newRow("a nul byte in an entry")
+            << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><array><string>a") + '\0' +
+                   "b</string></array></plist>"
+            << false;
         QTest::newRow("an empty array") << passwordPlist({}) << true;
         QTest::newRow("a password") << passwordPlist({"k", "3", "y"}) << true;
         QTest::newRow("accented") << passwordPlist({QString(QChar(0xe9)), "&"}) << true;

@@ -9,6 +9,9 @@
 #include <QTest>
 #include <QUrl>
 
+#include <cmath>
+#include <limits>
+
 namespace {
 // A configured profile with these options, started.
 struct Profile
@@ -97,6 +100,12 @@ private slots:
         QTest::newRow("2.9") << 2.9f << "integer:2";
         QTest::newRow("-2.9") << -2.9f << "integer:-2";
         QTest::newRow("7") << 7.0f << "integer:7";
+        // Read back as 32 bits at the next start: never written as a number that wraps round.
+        QTest::newRow("2^31") << 2147483648.0f << "integer:2147483647";
+        QTest::newRow("1e30") << 1e30f << "integer:2147483647";
+        QTest::newRow("-1e30") << -1e30f << "integer:-2147483648";
+        QTest::newRow("inf") << std::numeric_limits<float>::infinity() << "integer:2147483647";
+        QTest::newRow("nan") << std::numeric_limits<float>::quiet_NaN() << "integer:0";
     }
     void aFractionOfAMinuteStaysInMemoryOnly()
     {
@@ -104,8 +113,21 @@ private slots:
         QFETCH(QString, onDisk);
         Profile profile;
         profile.delegate().setTimeout(typed);
-        QCOMPARE(profile.preferences().timeoutTime, typed);
+        if (std::isnan(typed))
+            QVERIFY(std::isnan(profile.preferences().timeoutTime));
+        else
+            QCOMPARE(profile.preferences().timeoutTime, typed);
         QCOMPARE(profile.stored("timeoutTime"), onDisk);
+    }
+
+    void aHugeTimeoutSavedAgainStaysTheSame()
+    {
+        Profile profile(QStringLiteral("<key>timeoutTime</key><integer>2147483647</integer>"));
+        const float loaded = profile.preferences().timeoutTime;
+        profile.delegate().setTimeout(loaded);
+        QCOMPARE(profile.stored("timeoutTime"), QStringLiteral("integer:2147483647"));
+        StartedProgram again(profile.library.folder());
+        QCOMPARE(again.delegate->preferences().timeoutTime, loaded);
     }
 
     void theLockBrightnessIsARealUnderItsOldSpelling()

@@ -48,6 +48,13 @@ private slots:
             "<?xml version=\"1.0\"?><plist version=\"1.0\"><string>a</string></plist>");
         QTest::newRow("binary") << binaryDictionary();
         QTest::newRow("nul bytes") << QByteArray(64, '\0');
+        // libplist keeps a NUL inside a string and aborts in an assertion when it is read.
+        const QByteArray start("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>");
+        QTest::newRow("a nul byte in a string") << start +
+                                                       "<key>lockImageURL</key><string>file:///a" +
+                                                       '\0' + "b.png</string></dict></plist>";
+        QTest::newRow("a nul byte in a key")
+            << start + "<key>flat" + '\0' + "</key><true/></dict></plist>";
     }
     void refusesWhatIsNotAnXmlDictionary()
     {
