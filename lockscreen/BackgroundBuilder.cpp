@@ -35,14 +35,17 @@ void setWindowColour(QWidget* window, const QBrush& brush)
     window->setPalette(palette);
 }
 
-// The picture as shown: scaled once to its size on the screen, in device pixels.
+// The picture as shown: at its size on the screen, in device pixels; scaled here only when the
+// decoder could not deliver it at that size.
 QPixmap shownPicture(const QImage& picture, const QSizeF& size, double pixelRatio)
 {
     if (picture.isNull() || size.width() < 1 || size.height() < 1)
         return QPixmap();
     const QSize pixels = (size * pixelRatio).toSize();
     QPixmap shown =
-        QPixmap::fromImage(picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        QPixmap::fromImage(picture.size() == pixels ? picture
+                                                    : picture.scaled(pixels, Qt::IgnoreAspectRatio,
+                                                                     Qt::SmoothTransformation));
     shown.setDevicePixelRatio(pixelRatio);
     return shown;
 }
@@ -53,17 +56,22 @@ struct ShownPicture
 {
     QImage picture;
     QSizeF size;
+    bool onLinen = false;
 };
 ShownPicture showPicture(const QByteArray& bytes, int width, int height, BackgroundView* view,
                          QWidget* window)
 {
+    const double pixelRatio = window->devicePixelRatioF();
     QSize own;
-    QImage picture = BackgroundBuilder::decode(bytes, &own);
+    QImage picture = BackgroundBuilder::decode(bytes, &own, [&](QSize size) {
+        const PictureFit fit = PictureFit::choose(width, height, size.width(), size.height());
+        return (fit.size * pixelRatio).toSize();
+    });
     const PictureFit fit = PictureFit::choose(width, height, own.width(), own.height());
     if (fit.onLinen)
         setWindowColour(window, linen());
-    view->setPicture(shownPicture(picture, fit.size, window->devicePixelRatioF()));
-    return {std::move(picture), fit.size};
+    view->setPicture(shownPicture(picture, fit.size, pixelRatio));
+    return {std::move(picture), fit.size, fit.onLinen};
 }
 
 } // namespace
@@ -80,7 +88,8 @@ BackgroundBuilder::BackgroundBuilder(Services services, const Preferences& prefe
 
 BackgroundBuilder::~BackgroundBuilder() = default;
 
-QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size)
+QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size,
+                                 const std::function<QSize(QSize)>& shownPixels)
 {
     if (size)
         *size = QSize(0, 0);
@@ -92,8 +101,9 @@ QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size)
     const QSize own = reader.size();
     if (own.isValid() && size)
         *size = own;
+    const bool scales = reader.supportsOption(QImageIOHandler::ScaledSize);
     if (own.isValid() && qint64(own.width()) * own.height() > maxDecodedPixels) {
-        if (!reader.supportsOption(QImageIOHandler::ScaledSize)) {
+        if (!scales) {
             if (size)
                 *size = QSize(0, 0);
             return QImage();
@@ -102,6 +112,14 @@ QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size)
             std::sqrt(double(maxDecodedPixels) / (double(own.width()) * own.height()));
         reader.setScaledSize(
             QSize(std::max(1, int(own.width() * shrink)), std::max(1, int(own.height() * shrink))));
+    }
+    if (own.isValid() && scales && shownPixels) {
+        // Decoded straight to the size shown when that is smaller both ways (and so within the
+        // bound); a picture shown larger than its own size is decoded whole and scaled up later.
+        const QSize shown = shownPixels(own);
+        if (!shown.isEmpty() && shown.width() <= own.width() && shown.height() <= own.height() &&
+            qint64(shown.width()) * shown.height() <= maxDecodedPixels)
+            reader.setScaledSize(shown);
     }
     QImage image;
     if (!reader.read(&image)) {
@@ -235,7 +253,7 @@ std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRe
     }
     if (!bytes.isEmpty()) {
         background->setShadow(ShadowStyle{QColor::fromRgbF(0, 0, 0, 0.8f), 4.0, QPointF(0, -1)});
-        showPicture(bytes, width, height, background, cover.get());
+        showCoverPicture(index, bytes, background, cover.get());
     } else {
         // No picture, and a clear background too, shows linen here.
         setWindowColour(cover.get(), linen());
@@ -249,6 +267,26 @@ std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRe
     lock->setGraphicsEffect(shadow);
     cover->show();
     return cover;
+}
+
+void BackgroundBuilder::showCoverPicture(int index, const QByteArray& bytes, BackgroundView* view,
+                                         QWidget* window)
+{
+    // The same picture on a display of the same size was decoded and scaled at an earlier
+    // build: its result is shown again. The bytes are read every time, so a picture changed
+    // on disk under the same name is noticed.
+    const CoverPicture::Key key{qHash(bytes), bytes.size(), window->size(),
+                                window->devicePixelRatioF()};
+    CoverPicture& cached = m_coverPictures[index];
+    if (!cached.shown.isNull() && cached.key == key) {
+        if (cached.onLinen)
+            setWindowColour(window, linen());
+        view->setPicture(cached.shown);
+        return;
+    }
+    const ShownPicture shown =
+        showPicture(bytes, key.size.width(), key.size.height(), view, window);
+    cached = CoverPicture{key, view->picture(), shown.onLinen};
 }
 
 void BackgroundBuilder::hideCoverWindows()
