@@ -102,25 +102,28 @@ QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size,
     if (own.isValid() && size)
         *size = own;
     const bool scales = reader.supportsOption(QImageIOHandler::ScaledSize);
-    if (own.isValid() && qint64(own.width()) * own.height() > maxDecodedPixels) {
+    // The bound grows to the size the picture is shown at: a picture for an 8K display is
+    // decoded at 8K, not a little smaller and then scaled back up.
+    const QSize shown = own.isValid() && shownPixels ? shownPixels(own) : QSize();
+    const qint64 bound =
+        std::max(maxDecodedPixels, shown.isEmpty() ? 0 : qint64(shown.width()) * shown.height());
+    if (bound > maxDecodedPixels) // the reader counts its limit in millions of bytes
+        reader.setAllocationLimit(int(bound * 4 / 1'000'000) + 1);
+    if (own.isValid() && qint64(own.width()) * own.height() > bound) {
         if (!scales) {
             if (size)
                 *size = QSize(0, 0);
             return QImage();
         }
-        const double shrink =
-            std::sqrt(double(maxDecodedPixels) / (double(own.width()) * own.height()));
+        const double shrink = std::sqrt(double(bound) / (double(own.width()) * own.height()));
         reader.setScaledSize(
             QSize(std::max(1, int(own.width() * shrink)), std::max(1, int(own.height() * shrink))));
     }
-    if (own.isValid() && scales && shownPixels) {
-        // Decoded straight to the size shown when that is smaller both ways (and so within the
-        // bound); a picture shown larger than its own size is decoded whole and scaled up later.
-        const QSize shown = shownPixels(own);
-        if (!shown.isEmpty() && shown.width() <= own.width() && shown.height() <= own.height() &&
-            qint64(shown.width()) * shown.height() <= maxDecodedPixels)
-            reader.setScaledSize(shown);
-    }
+    // Decoded straight to the size shown when that is smaller both ways; a picture shown larger
+    // than its own size is decoded whole and scaled up afterwards.
+    if (scales && !shown.isEmpty() && shown.width() <= own.width() &&
+        shown.height() <= own.height())
+        reader.setScaledSize(shown);
     QImage image;
     if (!reader.read(&image)) {
         // A picture that does not decode has no size: it is drawn at 0 x 0 over linen.

@@ -39,9 +39,9 @@ public:
         ClearKind = 3
     };
     // Pictures are decoded up to this many pixels (120 MB as 32-bit pixels, under the 128 MB
-    // Qt's readers allow); larger ones are decoded scaled down where the format allows it. JPEG
-    // and SVG scale as they decode; PNG decodes whole first, so one beyond Qt's limit does not
-    // decode at all. An 8K picture is decoded a little smaller.
+    // Qt's readers allow), or up to the size they are shown at when that is larger; larger ones
+    // are decoded scaled down where the format allows it. JPEG and SVG scale as they decode; PNG
+    // decodes whole first, so one beyond the reader's limit does not decode at all.
     static constexpr qint64 maxDecodedPixels = 30'000'000;
 
     struct Services

@@ -397,6 +397,10 @@ private slots:
         QCOMPARE(own, QSize(9000, 6000));
         QVERIFY(!scaled.isNull());
         QVERIFY(qint64(scaled.width()) * scaled.height() <= BackgroundBuilder::maxDecodedPixels);
+        // Shown on a display larger than the bound, it is decoded at the size shown.
+        const QImage shown =
+            BackgroundBuilder::decode(jpeg, nullptr, [](QSize) { return QSize(7680, 5120); });
+        QCOMPARE(shown.size(), QSize(7680, 5120));
     }
 
     void aDisplayAddedWhileLockedIsCoveredAndTheWindowFollowsTheNewSize()
