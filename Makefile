@@ -1,7 +1,8 @@
 # make run   installs what is missing, builds, and starts Tessarine (a demo when there is no display)
 # make test  installs what is missing, checks formatting, builds with warnings as errors, and runs
 #            every test twice: once plainly and once under AddressSanitizer and UBSan
-# make bench runs the benchmarks under bench/ and prints their report
+# make bench runs the benchmarks under bench/ (i3lock and xsecurelock as peers), writes
+#            bench/REPORT.md and prints it
 # make deb   builds the Debian package build/tessarine_<version>_<arch>.deb
 # make install installs under /usr/local (PREFIX=/some/where for another prefix; DESTDIR works)
 
@@ -49,7 +50,7 @@ test-asan: deps
 		UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
 
 bench: build
-	@tools/install-deps.sh i3lock
+	@tools/install-deps.sh i3lock xsecurelock
 	@bench/run.sh $(BUILD)
 
 deb: build

@@ -111,22 +111,124 @@ done
 read -r takeover_median takeover_min takeover_max < <(grep -v timeout "$RIG_DIR/takeover.txt" | stats)
 takeover_timeouts=$(grep -c timeout "$RIG_DIR/takeover.txt" || true)
 
+# CPU while locked: the real program locked (the clock ticking, the battery shown from the fake
+# power supply, the music widget on), its user and system time from /proc/PID/stat per second of
+# wall time over a few windows; then the same with mpv playing, so that the music widget is live.
+cpu_windows=${BENCH_CPU_WINDOWS:-6}
+cpu_seconds=${BENCH_CPU_SECONDS:-5}
+ticks_per_second=$(getconf CLK_TCK)
+cpu_ticks() { # utime + stime of a process, in clock ticks (fields 14 and 15 of its stat)
+    sed 's/^.*) //' /proc/"$1"/stat | awk '{print $12 + $13}'
+}
+locked_cpu() { # FILE: appends "ms_per_s wakeups_per_s ticks wall_us" per window, while locked
+    local t0 t1 w0 w1 s0 s1
+    for ((window = 0; window < cpu_windows; window++)); do
+        t0=$(cpu_ticks "$locker") s0=$(switches "$locker") w0=$(now_us)
+        sleep "$cpu_seconds"
+        t1=$(cpu_ticks "$locker") s1=$(switches "$locker") w1=$(now_us)
+        awk -v t=$((t1 - t0)) -v hz="$ticks_per_second" -v w=$((w1 - w0)) -v s=$((s1 - s0)) \
+            'BEGIN {printf "%.2f %.2f %d %d\n", t * 1000 / hz / (w / 1e6), s / (w / 1e6), t, w}' >>"$1"
+    done
+}
+lock_and_settle() {
+    "$TESSARINE" lock
+    wait_until 5 held_by_other
+    sleep 2 # past the opening
+}
+unlock_and_settle() {
+    xdotool key a
+    wait_until 5 free_keyboard
+}
+: >"$RIG_DIR/cpu.txt"
+: >"$RIG_DIR/cpu-music.txt"
+"$TESSARINE" >/dev/null 2>&1 & locker=$!
+wait_until 10 tray_icon_embedded
+lock_and_settle
+locked_cpu "$RIG_DIR/cpu.txt"
+unlock_and_settle
+sox -n -r 44100 "$RIG_DIR/tone.wav" synth 30 sine 440 2>/dev/null
+mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
+    --loop-file=inf "$RIG_DIR/tone.wav" >/dev/null 2>&1 & player=$!
+player_up() { playerctl -p mpv status 2>/dev/null | grep -q Playing; }
+wait_until 5 player_up || echo "mpv did not start playing" >&2
+lock_and_settle
+locked_cpu "$RIG_DIR/cpu-music.txt"
+unlock_and_settle
+kill "$player"; wait "$player" 2>/dev/null || true
+kill "$locker"; wait "$locker" 2>/dev/null || true
+cpu_mean() { # FILE: CPU over all its windows together, ms per s (finer than one window's ticks)
+    awk -v hz="$ticks_per_second" '{t += $3; w += $4} END {printf "%.2f", t * 1000 / hz / (w / 1e6)}' "$1"
+}
+cpu_all=$(cpu_mean "$RIG_DIR/cpu.txt")
+cpumusic_all=$(cpu_mean "$RIG_DIR/cpu-music.txt")
+read -r cpu_median cpu_min cpu_max < <(awk '{print $1}' "$RIG_DIR/cpu.txt" | stats)
+read -r lockwake_median lockwake_min lockwake_max < <(awk '{print $2}' "$RIG_DIR/cpu.txt" | stats)
+read -r cpumusic_median cpumusic_min cpumusic_max < <(awk '{print $1}' "$RIG_DIR/cpu-music.txt" | stats)
+read -r musicwake_median musicwake_min musicwake_max < <(awk '{print $2}' "$RIG_DIR/cpu-music.txt" | stats)
+
+# Background rebuild at 4K and 8K and unchanged (bench/bench_background): a change of the primary
+# display's size while locked, the user's own picture (JPEG) and the desktop's (PNG), and the
+# user's picture again with a second display beside the primary one.
+bg_runs=${BENCH_BACKGROUND_RUNS:-8}
+background_rows=
+background_figures() { # LABEL KIND FORMAT [further]
+    local label=$1 file=$RIG_DIR/background-$2-$3${4:+-$4}.txt size what median min max reads
+    if ! "$root/$build/bench/bench_background" "$2" "$3" "$bg_runs" ${4:+"$4"} >"$file"; then
+        background_rows+="| Background rebuild, $label | failed | | | |"$'\n'
+        return
+    fi
+    for size in 4k 8k unchanged; do
+        case $size in
+        4k) what="to 3840 x 2160" ;;
+        8k) what="to 7680 x 4320" ;;
+        *) what="at the same size again (kept)" ;;
+        esac
+        read -r median min max < <(awk -v s=$size '$2 == s {print $3}' "$file" | stats)
+        reads=$(awk -v s=$size '$2 == s {r += $4; n++} END {printf "%.1f", r / n}' "$file")
+        background_rows+="| Background rebuild $what, $label ($reads pictures read each) | $median ms | $min to $max ms | | $(grep -c " $size " "$file") |"$'\n'
+    done
+}
+background_figures "the user's picture (JPEG)" custom jpg
+background_figures "the desktop's picture (PNG)" desktop png
+background_figures "the user's picture, a second display beside" custom jpg further
+
+# RSS after 1,000 lock/unlock cycles: measured by a script of its own; its rows go here, in
+# $cycles_rows (one table row a line), and its method in $cycles_method.
+cycles_rows=
+cycles_method=
+
 # The same inside the program: lock() to grabbed, and the last key's matching to released.
 "$root/$build/bench/bench_lock" "$runs" >"$RIG_DIR/inprocess.txt" 2>/dev/null
 read -r lock_median lock_min lock_max < <(awk '/^lock_to_grabbed/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
 read -r unlock_median unlock_min unlock_max < <(awk '/^unlock_to_released/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
 
-# A peer, measured in the same run: i3lock from process start to keyboard grabbed.
-: >"$RIG_DIR/i3lock.txt"
-if command -v i3lock >/dev/null; then
+# The peers, measured in the same run: i3lock and xsecurelock, each from process start to
+# keyboard grabbed, then ended with SIGTERM.
+peer() { # NAME COMMAND...: times the command $runs times into $RIG_DIR/NAME.txt, prints the stats
+    local name=$1
+    shift
+    : >"$RIG_DIR/$name.txt"
+    if ! command -v "$1" >/dev/null; then
+        echo "n/a n/a n/a"
+        return
+    fi
     for ((run = 0; run < runs; run++)); do
-        "$grab" exec i3lock -n >>"$RIG_DIR/i3lock.txt"
+        "$grab" exec "$@" >>"$RIG_DIR/$name.txt"
         sleep 0.2
     done
-    read -r i3_median i3_min i3_max < <(grep -v timeout "$RIG_DIR/i3lock.txt" | stats)
-else
-    i3_median=n/a i3_min=n/a i3_max=n/a
-fi
+    grep -v timeout "$RIG_DIR/$name.txt" | stats
+}
+read -r i3_median i3_min i3_max < <(peer i3lock i3lock -n)
+i3_timeouts=$(grep -c timeout "$RIG_DIR/i3lock.txt" || true)
+# xsecurelock needs nothing more under Xvfb: it starts its saver (a blank one by default) and
+# starts its password prompt only at the first key, which never comes here.
+read -r xsl_median xsl_min xsl_max < <(peer xsecurelock xsecurelock)
+xsl_timeouts=$(grep -c timeout "$RIG_DIR/xsecurelock.txt" || true)
+ratio() { # A B: A / B to two places, or n/a
+    awk -v a="$1" -v b="$2" 'BEGIN {if (b + 0 > 0 && a + 0 > 0) printf "%.2f", a / b; else printf "n/a"}'
+}
+i3_ratio=$(ratio "$command_median" "$i3_median")
+xsl_ratio=$(ratio "$command_median" "$xsl_median")
 
 cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
 {
@@ -147,7 +249,20 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "| \`tessarine lock\`, process start to keyboard grabbed | $command_median ms | $command_min to $command_max ms | half of i3lock's | $runs ($command_timeouts timed out) |"
     echo "| Hot key (Super+Alt+L) press to keyboard grabbed | $hotkey_median ms | $hotkey_min to $hotkey_max ms | 5 ms | $runs ($hotkey_timeouts timed out) |"
     echo "| \`kill -9\` of a locked Tessarine to covered and keyboard grabbed again (guard) | $takeover_median ms | $takeover_min to $takeover_max ms | 50 ms | $runs ($takeover_timeouts timed out) |"
-    echo "| i3lock -n, process start to keyboard grabbed (peer) | $i3_median ms | $i3_min to $i3_max ms | | $runs |"
+    echo "| i3lock -n, process start to keyboard grabbed (peer) | $i3_median ms | $i3_min to $i3_max ms | | $runs ($i3_timeouts timed out) |"
+    echo "| xsecurelock, process start to keyboard grabbed (peer) | $xsl_median ms | $xsl_min to $xsl_max ms | | $runs ($xsl_timeouts timed out) |"
+    echo "| \`tessarine lock\` to grabbed ÷ i3lock's (medians) | $i3_ratio | | 0.5 or less | |"
+    echo "| \`tessarine lock\` to grabbed ÷ xsecurelock's (medians) | $xsl_ratio | | | |"
+    echo "| CPU while locked (clock, battery, music widget with no player) | $cpu_median ms/s ($cpu_all over all windows) | $cpu_min to $cpu_max ms/s | | $cpu_windows windows of ${cpu_seconds} s |"
+    echo "| Wake-ups while locked, no player | $lockwake_median /s | $lockwake_min to $lockwake_max /s | | $cpu_windows windows of ${cpu_seconds} s |"
+    echo "| CPU while locked, mpv playing (music widget live) | $cpumusic_median ms/s ($cpumusic_all over all windows) | $cpumusic_min to $cpumusic_max ms/s | | $cpu_windows windows of ${cpu_seconds} s |"
+    echo "| Wake-ups while locked, mpv playing | $musicwake_median /s | $musicwake_min to $musicwake_max /s | | $cpu_windows windows of ${cpu_seconds} s |"
+    printf '%s' "$background_rows"
+    if [ -n "$cycles_rows" ]; then
+        printf '%s\n' "$cycles_rows"
+    else
+        echo "| RSS growth over 1,000 lock/unlock cycles | not measured in this run | | 1 MB | |"
+    fi
     echo
     echo "## Method"
     echo
@@ -175,5 +290,43 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "  once its guard watches, the timer sends SIGKILL and polls until Tessarine's windows are"
     echo "  gone, a window of the guard covers the root window and a grab of the keyboard answers"
     echo "  AlreadyGrabbed. The password is then typed to the guard. Each run starts a new Tessarine."
+    echo "- Peers: \`i3lock -n\` and \`xsecurelock\` (Debian's packages, default settings; xsecurelock"
+    echo "  needs no environment under Xvfb) are each started $runs times by \`bench/grab_timer exec\`"
+    echo "  and timed from fork until the focused window loses the keyboard, then ended with SIGTERM."
+    echo "  The ratios divide the median of \`tessarine lock\` by each peer's median, all from this run."
+    echo "- CPU while locked: a fresh Tessarine (clock, battery from the rig's fake power supply, music"
+    echo "  widget and the other icons on) is locked with \`tessarine lock\`; 2 s after the grab,"
+    echo "  \`utime + stime\` of \`/proc/PID/stat\` (clock ticks of 1/$ticks_per_second s) is read at the start"
+    echo "  and end of each of $cpu_windows windows of $cpu_seconds s and divided by the window's wall time:"
+    echo "  milliseconds of CPU per second (10 ms/s is 1 % of one core). One tick in a window of"
+    echo "  $cpu_seconds s is $(awk -v s="$cpu_seconds" -v hz="$ticks_per_second" 'BEGIN {printf "%.1f", 1000 / hz / s}') ms/s, so the figure in brackets adds all windows' ticks over all their"
+    echo "  time. Every second the lock's clock tick shows the time, reads the battery and asks"
+    echo "  the player; every 4 s the mail badge's script runs. Wake-ups are the context"
+    echo "  switches of all its threads over the same windows. Then it is unlocked, \`mpv\` plays a"
+    echo "  looped tone (with its MPRIS plugin, so the music widget shows and follows it) and the"
+    echo "  same is measured again."
+    echo "- Background rebuild (\`bench/bench_background\`): the whole program in one process, built"
+    echo "  on the real Linux services, locked on the rig's display, with one picture of 7680 x 4320"
+    echo "  generated into a file (photograph-like colour fields with grain), named either as the"
+    echo "  user's own picture (\`desktopImageURL\`, JPEG) or as the desktop's (\`~/.fehbg\`, PNG, read"
+    echo "  through the desktop-picture chain). Only the displays service is the bench's own, so that"
+    echo "  the primary display can report 3840 x 2160 or 7680 x 4320 on the 1080p Xvfb. Each run sets"
+    echo "  4K and calls \`applicationDidChangeScreenParameters\` as the program does on a screen change"
+    echo "  (the window resized, \`didResolutionChange\` true, the background read, decoded, scaled,"
+    echo "  its colour sampled, the icons placed), then calls it again at the same size (unchanged:"
+    echo "  the kept background), then the same at 8K; $bg_runs runs. The time is that call's, in the"
+    echo "  process; painting the window, on the next turn of the event loop, is not counted."
+    echo "  \"Pictures read\" counts the reads through the desktop-picture service in that call. A"
+    echo "  picture larger than the display is decoded straight to the size shown where the format"
+    echo "  allows: a JPEG decodes only a half, quarter or eighth of its pixels and is then scaled"
+    echo "  the rest of the way; a PNG decodes whole and is then scaled. With a second display, its"
+    echo "  cover window is made anew on every call, and its picture is read again (to notice a"
+    echo "  change on disk) but decoded again only when the bytes or the display's size changed."
+    if [ -n "$cycles_method" ]; then
+        printf '%s\n' "$cycles_method"
+    fi
+    echo
+    echo "The machine is shared (2 cores, other builds may run beside the benchmarks): the spreads"
+    echo "show that noise; the medians are what the goals are checked against."
 } >"$report"
 cat "$report"
