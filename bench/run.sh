@@ -139,10 +139,23 @@ unlock_and_settle() {
     xdotool key a
     wait_until 5 free_keyboard
 }
+cpu_mean() { # FILE: CPU over all its windows together, ms per s (finer than one window's ticks)
+    awk -v hz="$ticks_per_second" '{t += $3; w += $4} END {printf "%.2f", t * 1000 / hz / (w / 1e6)}' "$1"
+}
 : >"$RIG_DIR/cpu.txt"
 : >"$RIG_DIR/cpu-music.txt"
-"$TESSARINE" >/dev/null 2>&1 & locker=$!
-wait_until 10 tray_icon_embedded
+: >"$RIG_DIR/cpu-seconds.txt"
+start_locker() { # LANG: a fresh Tessarine in that locale, its icon in the tray
+    env -u LC_ALL -u LC_TIME LANG="$1" "$TESSARINE" >/dev/null 2>&1 &
+    locker=$!
+    wait_until 10 tray_icon_embedded
+}
+stop_locker() {
+    kill "$locker"
+    wait "$locker" 2>/dev/null || true
+}
+# In a locale whose short time has hours and minutes, as a user's has.
+start_locker en_US.UTF-8
 lock_and_settle
 locked_cpu "$RIG_DIR/cpu.txt"
 unlock_and_settle
@@ -155,16 +168,22 @@ lock_and_settle
 locked_cpu "$RIG_DIR/cpu-music.txt"
 unlock_and_settle
 kill "$player"; wait "$player" 2>/dev/null || true
-kill "$locker"; wait "$locker" 2>/dev/null || true
-cpu_mean() { # FILE: CPU over all its windows together, ms per s (finer than one window's ticks)
-    awk -v hz="$ticks_per_second" '{t += $3; w += $4} END {printf "%.2f", t * 1000 / hz / (w / 1e6)}' "$1"
-}
-cpu_all=$(cpu_mean "$RIG_DIR/cpu.txt")
-cpumusic_all=$(cpu_mean "$RIG_DIR/cpu-music.txt")
+stop_locker
+# The C locale's short time has seconds: the clock's text changes, and is painted, every second.
+start_locker C
+lock_and_settle
+locked_cpu "$RIG_DIR/cpu-seconds.txt"
+unlock_and_settle
+stop_locker
 read -r cpu_median cpu_min cpu_max < <(awk '{print $1}' "$RIG_DIR/cpu.txt" | stats)
 read -r lockwake_median lockwake_min lockwake_max < <(awk '{print $2}' "$RIG_DIR/cpu.txt" | stats)
 read -r cpumusic_median cpumusic_min cpumusic_max < <(awk '{print $1}' "$RIG_DIR/cpu-music.txt" | stats)
 read -r musicwake_median musicwake_min musicwake_max < <(awk '{print $2}' "$RIG_DIR/cpu-music.txt" | stats)
+read -r cpusec_median cpusec_min cpusec_max < <(awk '{print $1}' "$RIG_DIR/cpu-seconds.txt" | stats)
+read -r secwake_median secwake_min secwake_max < <(awk '{print $2}' "$RIG_DIR/cpu-seconds.txt" | stats)
+cpu_all=$(cpu_mean "$RIG_DIR/cpu.txt")
+cpumusic_all=$(cpu_mean "$RIG_DIR/cpu-music.txt")
+cpusec_all=$(cpu_mean "$RIG_DIR/cpu-seconds.txt")
 
 # Background rebuild at 4K and 8K and unchanged (bench/bench_background): a change of the primary
 # display's size while locked, the user's own picture (JPEG) and the desktop's (PNG), and the
@@ -253,10 +272,12 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "| xsecurelock, process start to keyboard grabbed (peer) | $xsl_median ms | $xsl_min to $xsl_max ms | | $runs ($xsl_timeouts timed out) |"
     echo "| \`tessarine lock\` to grabbed ÷ i3lock's (medians) | $i3_ratio | | 0.5 or less | |"
     echo "| \`tessarine lock\` to grabbed ÷ xsecurelock's (medians) | $xsl_ratio | | | |"
-    echo "| CPU while locked (clock, battery, music widget with no player) | $cpu_median ms/s ($cpu_all over all windows) | $cpu_min to $cpu_max ms/s | | $cpu_windows windows of ${cpu_seconds} s |"
+    echo "| CPU while locked (clock in hours and minutes, battery, music widget with no player) | $cpu_median ms/s ($cpu_all over all windows) | $cpu_min to $cpu_max ms/s | | $cpu_windows windows of ${cpu_seconds} s |"
     echo "| Wake-ups while locked, no player | $lockwake_median /s | $lockwake_min to $lockwake_max /s | | $cpu_windows windows of ${cpu_seconds} s |"
     echo "| CPU while locked, mpv playing (music widget live) | $cpumusic_median ms/s ($cpumusic_all over all windows) | $cpumusic_min to $cpumusic_max ms/s | | $cpu_windows windows of ${cpu_seconds} s |"
     echo "| Wake-ups while locked, mpv playing | $musicwake_median /s | $musicwake_min to $musicwake_max /s | | $cpu_windows windows of ${cpu_seconds} s |"
+    echo "| CPU while locked, clock with seconds (C locale), no player | $cpusec_median ms/s ($cpusec_all over all windows) | $cpusec_min to $cpusec_max ms/s | | $cpu_windows windows of ${cpu_seconds} s |"
+    echo "| Wake-ups while locked, clock with seconds | $secwake_median /s | $secwake_min to $secwake_max /s | | $cpu_windows windows of ${cpu_seconds} s |"
     printf '%s' "$background_rows"
     if [ -n "$cycles_rows" ]; then
         printf '%s\n' "$cycles_rows"
@@ -295,16 +316,18 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "  and timed from fork until the focused window loses the keyboard, then ended with SIGTERM."
     echo "  The ratios divide the median of \`tessarine lock\` by each peer's median, all from this run."
     echo "- CPU while locked: a fresh Tessarine (clock, battery from the rig's fake power supply, music"
-    echo "  widget and the other icons on) is locked with \`tessarine lock\`; 2 s after the grab,"
-    echo "  \`utime + stime\` of \`/proc/PID/stat\` (clock ticks of 1/$ticks_per_second s) is read at the start"
-    echo "  and end of each of $cpu_windows windows of $cpu_seconds s and divided by the window's wall time:"
-    echo "  milliseconds of CPU per second (10 ms/s is 1 % of one core). One tick in a window of"
-    echo "  $cpu_seconds s is $(awk -v s="$cpu_seconds" -v hz="$ticks_per_second" 'BEGIN {printf "%.1f", 1000 / hz / s}') ms/s, so the figure in brackets adds all windows' ticks over all their"
-    echo "  time. Every second the lock's clock tick shows the time, reads the battery and asks"
-    echo "  the player; every 4 s the mail badge's script runs. Wake-ups are the context"
-    echo "  switches of all its threads over the same windows. Then it is unlocked, \`mpv\` plays a"
-    echo "  looped tone (with its MPRIS plugin, so the music widget shows and follows it) and the"
-    echo "  same is measured again."
+    echo "  widget and the other icons on), started with \`LANG=en_US.UTF-8\` (its short time is hours"
+    echo "  and minutes), is locked with \`tessarine lock\`; 2 s after the grab, \`utime + stime\` of"
+    echo "  \`/proc/PID/stat\` (clock ticks of 1/$ticks_per_second s) is read at the start and end of each of"
+    echo "  $cpu_windows windows of $cpu_seconds s and divided by the window's wall time: milliseconds of CPU per"
+    echo "  second (10 ms/s is 1 % of one core). One tick in a window of $cpu_seconds s is"
+    echo "  $(awk -v s="$cpu_seconds" -v hz="$ticks_per_second" 'BEGIN {printf "%.1f", 1000 / hz / s}') ms/s, so the figure in brackets adds all windows' ticks over all their time."
+    echo "  Wake-ups are the context switches of all its threads over the same windows. Every second"
+    echo "  the lock's clock tick sets the time, reads the battery and asks the player over D-Bus;"
+    echo "  every 4 s the mail badge's script runs. Then it is unlocked, \`mpv\` plays a looped tone"
+    echo "  (with its MPRIS plugin, so the music widget shows and follows it) and the same is"
+    echo "  measured again. Last, a Tessarine in the C locale, whose short time has seconds, so the"
+    echo "  clock's label (with its blurred shadow) is painted every second."
     echo "- Background rebuild (\`bench/bench_background\`): the whole program in one process, built"
     echo "  on the real Linux services, locked on the rig's display, with one picture of 7680 x 4320"
     echo "  generated into a file (photograph-like colour fields with grain), named either as the"
