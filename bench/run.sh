@@ -32,19 +32,27 @@ stats() { # prints median, min, max of the numbers on stdin
 read -r start_median start_min start_max < <(awk '{print $2}' "$RIG_DIR/start.txt" | stats)
 
 # Idle: resident memory, and how often any of its threads wakes up over 10 s of idling.
-switches() { # voluntary + involuntary context switches of every thread of a process
-    cat /proc/"$1"/task/*/status 2>/dev/null |
-        awk '/^(voluntary|nonvoluntary)_ctxt_switches/ {s += $2} END {print s}'
+thread_switches() { # PID: "TID SWITCHES" for every thread, voluntary and involuntary together
+    local task
+    for task in /proc/"$1"/task/*; do
+        awk -v tid="${task##*/}" '/^(voluntary|nonvoluntary)_ctxt_switches/ {s += $2}
+                                  END {if (s != "") print tid, s}' "$task/status" 2>/dev/null || true
+    done
+}
+# Context switches between two samples of thread_switches, counted per thread: a thread that
+# started counts from 0, one that ended (a pooled thread left idle) takes nothing away.
+switches_between() { # BEFORE AFTER
+    awk 'NR == FNR {before[$1] = $2; next} {d += $2 - before[$1]} END {print d + 0}' "$1" "$2"
 }
 "$TESSARINE" >/dev/null 2>&1 & idle=$!
 wait_until 10 tray_icon_embedded
 sleep 3
 rss_kb=$(awk '/^VmRSS/ {print $2}' /proc/$idle/status)
 threads=$(ls /proc/$idle/task | wc -l)
-before=$(switches $idle)
+thread_switches $idle >"$RIG_DIR/switches.before"
 sleep 10
-after=$(switches $idle)
-wakeups=$((after - before))
+thread_switches $idle >"$RIG_DIR/switches.after"
+wakeups=$(switches_between "$RIG_DIR/switches.before" "$RIG_DIR/switches.after")
 kill "$idle"; wait "$idle" 2>/dev/null || true
 
 # Tray click to keyboard grabbed, and the last password key to keyboard released, seen by a
@@ -121,12 +129,15 @@ cpu_ticks() { # utime + stime of a process, in clock ticks (fields 14 and 15 of 
     sed 's/^.*) //' /proc/"$1"/stat | awk '{print $12 + $13}'
 }
 locked_cpu() { # FILE: appends "ms_per_s wakeups_per_s ticks wall_us" per window, while locked
-    local t0 t1 w0 w1 s0 s1
+    local t0 t1 w0 w1 s
     for ((window = 0; window < cpu_windows; window++)); do
-        t0=$(cpu_ticks "$locker") s0=$(switches "$locker") w0=$(now_us)
+        t0=$(cpu_ticks "$locker") w0=$(now_us)
+        thread_switches "$locker" >"$RIG_DIR/switches.before"
         sleep "$cpu_seconds"
-        t1=$(cpu_ticks "$locker") s1=$(switches "$locker") w1=$(now_us)
-        awk -v t=$((t1 - t0)) -v hz="$ticks_per_second" -v w=$((w1 - w0)) -v s=$((s1 - s0)) \
+        t1=$(cpu_ticks "$locker") w1=$(now_us)
+        thread_switches "$locker" >"$RIG_DIR/switches.after"
+        s=$(switches_between "$RIG_DIR/switches.before" "$RIG_DIR/switches.after")
+        awk -v t=$((t1 - t0)) -v hz="$ticks_per_second" -v w=$((w1 - w0)) -v s="$s" \
             'BEGIN {printf "%.2f %.2f %d %d\n", t * 1000 / hz / (w / 1e6), s / (w / 1e6), t, w}' >>"$1"
     done
 }
@@ -292,7 +303,8 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "  for the ReparentNotify by which the tray takes the icon window in. The time runs from"
     echo "  fork to that event; the program is ended after each run."
     echo "- Idle memory: \`VmRSS\` of the process 3 s after its icon was embedded."
-    echo "- Wake-ups: the sum of voluntary and involuntary context switches of all its threads,"
+    echo "- Wake-ups: the sum of voluntary and involuntary context switches of all its threads"
+    echo "  (per thread, so a thread that ends in between takes nothing away),"
     echo "  read from \`/proc/PID/task/*/status\` before and after 10 s without input. Every timer"
     echo "  that fired would show here; 0 means nothing ran."
     echo "- Grabs seen from outside (\`bench/grab_timer\`): a small window of another client takes the"
