@@ -119,6 +119,39 @@ done
 read -r takeover_median takeover_min takeover_max < <(grep -v timeout "$RIG_DIR/takeover.txt" | stats)
 takeover_timeouts=$(grep -c timeout "$RIG_DIR/takeover.txt" || true)
 
+# The same inside the program: lock() to grabbed, and the last key's matching to released.
+"$root/$build/bench/bench_lock" "$runs" >"$RIG_DIR/inprocess.txt" 2>/dev/null
+read -r lock_median lock_min lock_max < <(awk '/^lock_to_grabbed/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
+read -r unlock_median unlock_min unlock_max < <(awk '/^unlock_to_released/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
+
+# The peers, measured in the same run: i3lock and xsecurelock, each from process start to
+# keyboard grabbed, then ended with SIGTERM.
+peer() { # NAME COMMAND...: times the command $runs times into $RIG_DIR/NAME.txt, prints the stats
+    local name=$1
+    shift
+    : >"$RIG_DIR/$name.txt"
+    if ! command -v "$1" >/dev/null; then
+        echo "n/a n/a n/a"
+        return
+    fi
+    for ((run = 0; run < runs; run++)); do
+        "$grab" exec "$@" >>"$RIG_DIR/$name.txt"
+        sleep 0.2
+    done
+    grep -v timeout "$RIG_DIR/$name.txt" | stats
+}
+read -r i3_median i3_min i3_max < <(peer i3lock i3lock -n)
+i3_timeouts=$(grep -c timeout "$RIG_DIR/i3lock.txt" || true)
+# xsecurelock needs nothing more under Xvfb: it starts its saver (a blank one by default) and
+# starts its password prompt only at the first key, which never comes here.
+read -r xsl_median xsl_min xsl_max < <(peer xsecurelock xsecurelock)
+xsl_timeouts=$(grep -c timeout "$RIG_DIR/xsecurelock.txt" || true)
+ratio() { # A B: A / B to two places, or n/a
+    awk -v a="$1" -v b="$2" 'BEGIN {if (b + 0 > 0 && a + 0 > 0) printf "%.2f", a / b; else printf "n/a"}'
+}
+i3_ratio=$(ratio "$command_median" "$i3_median")
+xsl_ratio=$(ratio "$command_median" "$xsl_median")
+
 # CPU while locked: the real program locked (the clock ticking, the battery shown from the fake
 # power supply, the music widget on), its user and system time from /proc/PID/stat per second of
 # wall time over a few windows; then the same with mpv playing, so that the music widget is live.
@@ -143,12 +176,12 @@ locked_cpu() { # FILE: appends "ms_per_s wakeups_per_s ticks wall_us" per window
 }
 lock_and_settle() {
     "$TESSARINE" lock
-    wait_until 5 held_by_other
+    wait_until 5 held_by_other || echo "CPU while locked: the lock did not take the keyboard" >&2
     sleep 2 # past the opening
 }
 unlock_and_settle() {
     xdotool key a
-    wait_until 5 free_keyboard
+    wait_until 5 free_keyboard || echo "CPU while locked: the keyboard was not given back" >&2
 }
 cpu_mean() { # FILE: CPU over all its windows together, ms per s (finer than one window's ticks)
     awk -v hz="$ticks_per_second" '{t += $3; w += $4} END {printf "%.2f", t * 1000 / hz / (w / 1e6)}' "$1"
@@ -159,7 +192,7 @@ cpu_mean() { # FILE: CPU over all its windows together, ms per s (finer than one
 start_locker() { # LANG: a fresh Tessarine in that locale, its icon in the tray
     env -u LC_ALL -u LC_TIME LANG="$1" "$TESSARINE" >/dev/null 2>&1 &
     locker=$!
-    wait_until 10 tray_icon_embedded
+    wait_until 10 tray_icon_embedded || echo "CPU while locked: no tray icon" >&2
 }
 stop_locker() {
     kill "$locker"
@@ -226,39 +259,6 @@ background_figures "the user's picture, a second display beside" custom jpg furt
 # $cycles_rows (one table row a line), and its method in $cycles_method.
 cycles_rows=
 cycles_method=
-
-# The same inside the program: lock() to grabbed, and the last key's matching to released.
-"$root/$build/bench/bench_lock" "$runs" >"$RIG_DIR/inprocess.txt" 2>/dev/null
-read -r lock_median lock_min lock_max < <(awk '/^lock_to_grabbed/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
-read -r unlock_median unlock_min unlock_max < <(awk '/^unlock_to_released/ {print $2}' "$RIG_DIR/inprocess.txt" | stats)
-
-# The peers, measured in the same run: i3lock and xsecurelock, each from process start to
-# keyboard grabbed, then ended with SIGTERM.
-peer() { # NAME COMMAND...: times the command $runs times into $RIG_DIR/NAME.txt, prints the stats
-    local name=$1
-    shift
-    : >"$RIG_DIR/$name.txt"
-    if ! command -v "$1" >/dev/null; then
-        echo "n/a n/a n/a"
-        return
-    fi
-    for ((run = 0; run < runs; run++)); do
-        "$grab" exec "$@" >>"$RIG_DIR/$name.txt"
-        sleep 0.2
-    done
-    grep -v timeout "$RIG_DIR/$name.txt" | stats
-}
-read -r i3_median i3_min i3_max < <(peer i3lock i3lock -n)
-i3_timeouts=$(grep -c timeout "$RIG_DIR/i3lock.txt" || true)
-# xsecurelock needs nothing more under Xvfb: it starts its saver (a blank one by default) and
-# starts its password prompt only at the first key, which never comes here.
-read -r xsl_median xsl_min xsl_max < <(peer xsecurelock xsecurelock)
-xsl_timeouts=$(grep -c timeout "$RIG_DIR/xsecurelock.txt" || true)
-ratio() { # A B: A / B to two places, or n/a
-    awk -v a="$1" -v b="$2" 'BEGIN {if (b + 0 > 0 && a + 0 > 0) printf "%.2f", a / b; else printf "n/a"}'
-}
-i3_ratio=$(ratio "$command_median" "$i3_median")
-xsl_ratio=$(ratio "$command_median" "$xsl_median")
 
 cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
 {
