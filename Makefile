@@ -4,7 +4,8 @@
 #            each fuzz target for 20 s (test-fuzz)
 # make fuzz  builds the libFuzzer targets with clang in build-fuzz and runs each for FUZZ_SECONDS
 #            (default 600); new inputs land in build-fuzz/tests/fuzz/work/<target>/new
-# make bench runs the benchmarks under bench/ and prints their report
+# make bench runs the benchmarks under bench/ (i3lock and xsecurelock as peers), writes
+#            bench/REPORT.md and prints it
 # make deb   builds the Debian package build/tessarine_<version>_<arch>.deb
 # make install installs under /usr/local (PREFIX=/some/where for another prefix; DESTDIR works)
 
@@ -72,7 +73,7 @@ fuzz: fuzz-build
 	done
 
 bench: build
-	@tools/install-deps.sh i3lock
+	@tools/install-deps.sh i3lock xsecurelock
 	@bench/run.sh $(BUILD)
 
 deb: build

@@ -35,14 +35,17 @@ void setWindowColour(QWidget* window, const QBrush& brush)
     window->setPalette(palette);
 }
 
-// The picture as shown: scaled once to its size on the screen, in device pixels.
+// The picture as shown: at its size on the screen, in device pixels; scaled here only when the
+// decoder could not deliver it at that size.
 QPixmap shownPicture(const QImage& picture, const QSizeF& size, double pixelRatio)
 {
     if (picture.isNull() || size.width() < 1 || size.height() < 1)
         return QPixmap();
     const QSize pixels = (size * pixelRatio).toSize();
     QPixmap shown =
-        QPixmap::fromImage(picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        QPixmap::fromImage(picture.size() == pixels ? picture
+                                                    : picture.scaled(pixels, Qt::IgnoreAspectRatio,
+                                                                     Qt::SmoothTransformation));
     shown.setDevicePixelRatio(pixelRatio);
     return shown;
 }
@@ -53,17 +56,22 @@ struct ShownPicture
 {
     QImage picture;
     QSizeF size;
+    bool onLinen = false;
 };
 ShownPicture showPicture(const QByteArray& bytes, int width, int height, BackgroundView* view,
                          QWidget* window)
 {
+    const double pixelRatio = window->devicePixelRatioF();
     QSize own;
-    QImage picture = BackgroundBuilder::decode(bytes, &own);
+    QImage picture = BackgroundBuilder::decode(bytes, &own, [&](QSize size) {
+        const PictureFit fit = PictureFit::choose(width, height, size.width(), size.height());
+        return (fit.size * pixelRatio).toSize();
+    });
     const PictureFit fit = PictureFit::choose(width, height, own.width(), own.height());
     if (fit.onLinen)
         setWindowColour(window, linen());
-    view->setPicture(shownPicture(picture, fit.size, window->devicePixelRatioF()));
-    return {std::move(picture), fit.size};
+    view->setPicture(shownPicture(picture, fit.size, pixelRatio));
+    return {std::move(picture), fit.size, fit.onLinen};
 }
 
 } // namespace
@@ -80,7 +88,8 @@ BackgroundBuilder::BackgroundBuilder(Services services, const Preferences& prefe
 
 BackgroundBuilder::~BackgroundBuilder() = default;
 
-QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size)
+QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size,
+                                 const std::function<QSize(QSize)>& shownPixels)
 {
     if (size)
         *size = QSize(0, 0);
@@ -92,17 +101,29 @@ QImage BackgroundBuilder::decode(const QByteArray& bytes, QSize* size)
     const QSize own = reader.size();
     if (own.isValid() && size)
         *size = own;
-    if (own.isValid() && qint64(own.width()) * own.height() > maxDecodedPixels) {
-        if (!reader.supportsOption(QImageIOHandler::ScaledSize)) {
+    const bool scales = reader.supportsOption(QImageIOHandler::ScaledSize);
+    // The bound grows to the size the picture is shown at: a picture for an 8K display is
+    // decoded at 8K, not a little smaller and then scaled back up.
+    const QSize shown = own.isValid() && shownPixels ? shownPixels(own) : QSize();
+    const qint64 bound =
+        std::max(maxDecodedPixels, shown.isEmpty() ? 0 : qint64(shown.width()) * shown.height());
+    if (bound > maxDecodedPixels) // the reader counts its limit in millions of bytes
+        reader.setAllocationLimit(int(bound * 4 / 1'000'000) + 1);
+    if (own.isValid() && qint64(own.width()) * own.height() > bound) {
+        if (!scales) {
             if (size)
                 *size = QSize(0, 0);
             return QImage();
         }
-        const double shrink =
-            std::sqrt(double(maxDecodedPixels) / (double(own.width()) * own.height()));
+        const double shrink = std::sqrt(double(bound) / (double(own.width()) * own.height()));
         reader.setScaledSize(
             QSize(std::max(1, int(own.width() * shrink)), std::max(1, int(own.height() * shrink))));
     }
+    // Decoded straight to the size shown when that is smaller both ways; a picture shown larger
+    // than its own size is decoded whole and scaled up afterwards.
+    if (scales && !shown.isEmpty() && shown.width() <= own.width() &&
+        shown.height() <= own.height())
+        reader.setScaledSize(shown);
     QImage image;
     if (!reader.read(&image)) {
         // A picture that does not decode has no size: it is drawn at 0 x 0 over linen.
@@ -239,7 +260,7 @@ std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRe
     }
     if (!bytes.isEmpty()) {
         background->setShadow(ShadowStyle{QColor::fromRgbF(0, 0, 0, 0.8f), 4.0, QPointF(0, -1)});
-        showPicture(bytes, width, height, background, cover.get());
+        showCoverPicture(index, bytes, background, cover.get());
     } else {
         // No picture, and a clear background too, shows linen here.
         setWindowColour(cover.get(), linen());
@@ -253,6 +274,26 @@ std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRe
     lock->setGraphicsEffect(shadow);
     cover->show();
     return cover;
+}
+
+void BackgroundBuilder::showCoverPicture(int index, const QByteArray& bytes, BackgroundView* view,
+                                         QWidget* window)
+{
+    // The same picture on a display of the same size was decoded and scaled at an earlier
+    // build: its result is shown again. The bytes are read every time, so a picture changed
+    // on disk under the same name is noticed.
+    const CoverPicture::Key key{qHash(bytes), bytes.size(), window->size(),
+                                window->devicePixelRatioF()};
+    CoverPicture& cached = m_coverPictures[index];
+    if (!cached.shown.isNull() && cached.key == key) {
+        if (cached.onLinen)
+            setWindowColour(window, linen());
+        view->setPicture(cached.shown);
+        return;
+    }
+    const ShownPicture shown =
+        showPicture(bytes, key.size.width(), key.size.height(), view, window);
+    cached = CoverPicture{key, view->picture(), shown.onLinen};
 }
 
 void BackgroundBuilder::hideCoverWindows()

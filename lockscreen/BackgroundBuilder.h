@@ -2,13 +2,16 @@
 
 #include <QImage>
 #include <QList>
+#include <QPixmap>
 #include <QSizeF>
 #include <QString>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
+class BackgroundView;
 class DesktopPicture;
 class Displays;
 class LockScreenViews;
@@ -23,7 +26,8 @@ struct Preferences;
 //
 // The primary background is rebuilt only when it must be: on the first lock of a run, after the
 // kind changed, after the resolution changed in both dimensions, or, for the desktop picture,
-// when its URL changed. Cover windows are cheap and made anew on every lock.
+// when its URL changed. Cover windows are made anew on every lock; the picture of each is decoded
+// again only when its bytes or its display's size changed.
 class BackgroundBuilder
 {
 public:
@@ -35,9 +39,9 @@ public:
         ClearKind = 3
     };
     // Pictures are decoded up to this many pixels (120 MB as 32-bit pixels, under the 128 MB
-    // Qt's readers allow); larger ones are decoded scaled down where the format allows it. JPEG
-    // and SVG scale as they decode; PNG decodes whole first, so one beyond Qt's limit does not
-    // decode at all. An 8K picture is decoded a little smaller.
+    // Qt's readers allow), or up to the size they are shown at when that is larger; larger ones
+    // are decoded scaled down where the format allows it. JPEG and SVG scale as they decode; PNG
+    // decodes whole first, so one beyond the reader's limit does not decode at all.
     static constexpr qint64 maxDecodedPixels = 30'000'000;
 
     struct Services
@@ -72,8 +76,12 @@ public:
     void hideCoverWindows();
 
     // Decodes a picture within the memory bound above; a null image when it does not decode.
-    // `size` receives the picture's own size (0 x 0 when unknown).
-    static QImage decode(const QByteArray& bytes, QSize* size = nullptr);
+    // `size` receives the picture's own size (0 x 0 when unknown). `shownPixels`, given that own
+    // size, tells the size the picture will be shown at: a picture larger than that is decoded
+    // straight to it where the format can (a JPEG then decodes only a half, a quarter or an
+    // eighth of its pixels), instead of whole and scaled afterwards.
+    static QImage decode(const QByteArray& bytes, QSize* size = nullptr,
+                         const std::function<QSize(QSize)>& shownPixels = {});
 
 private:
     bool keepsPrimary() const;
@@ -81,6 +89,8 @@ private:
     QByteArray customPictureBytes();
     void buildCoverWindows();
     std::unique_ptr<QWidget> makeCoverWindow(int index, const QRect& screen);
+    void showCoverPicture(int index, const QByteArray& bytes, BackgroundView* view,
+                          QWidget* window);
 
     Services m_services;
     const Preferences& m_preferences;
@@ -97,4 +107,19 @@ private:
     bool m_desktopImageLoadFailed = false;
     bool m_customImageLoadFailed = false;
     std::vector<std::unique_ptr<QWidget>> m_coverWindows;
+    // The picture last shown on each further display, with what it was made from.
+    struct CoverPicture
+    {
+        struct Key
+        {
+            size_t hash = 0;
+            qsizetype bytes = 0;
+            QSize size;
+            double pixelRatio = 0;
+            bool operator==(const Key&) const = default;
+        } key;
+        QPixmap shown;
+        bool onLinen = false;
+    };
+    std::map<int, CoverPicture> m_coverPictures;
 };

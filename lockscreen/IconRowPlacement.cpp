@@ -48,8 +48,14 @@ void IconRowPlacement::placeBattery(bool adapter)
     const QRectF frame = IconRow::batteryFrame(m_views.batteryIcon(), dnd, mail);
     m_views.placeFromBottomLeft(battery, frame);
     m_batteryImage = QString::fromLatin1(batteryImageName(adapter, m_preferences.textIsBlack));
-    battery->setPixmap(ImageLibrary::named(m_batteryImage)
-                           .pixmap(frame.size().toSize(), battery->devicePixelRatioF()));
+    // The clock's tick places the battery every second: its picture is drawn again only when it
+    // would look different, not rendered from its SVG and repainted under its shadow each time.
+    const BatteryPicture shown{m_batteryImage, frame.size().toSize(), battery->devicePixelRatioF()};
+    if (shown != m_batteryShown || battery->pixmap().isNull()) {
+        m_batteryShown = shown;
+        battery->setPixmap(
+            ImageLibrary::named(m_batteryImage).pixmap(shown.size, shown.pixelRatio));
+    }
     m_views.placeFromBottomLeft(m_views.realPercentText(),
                                 IconRow::percentFrame(m_views.percentText(), dnd, mail, adapter));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 #include <functional>
@@ -41,4 +42,12 @@ private:
     PowerSources& m_power;
     std::function<bool()> m_resolutionChanged;
     QString m_batteryImage;
+    // What the battery's label shows now.
+    struct BatteryPicture
+    {
+        QString name;
+        QSize size;
+        double pixelRatio = 0;
+        bool operator==(const BatteryPicture&) const = default;
+    } m_batteryShown;
 };

@@ -244,6 +244,57 @@ private slots:
         QVERIFY(showsLinen(program.delegate->backgroundBuilder()->coverWindows().first()));
     }
 
+    void aFurtherDisplayKeepsItsPictureAcrossLocksAndFollowsAChangeOnDisk()
+    {
+        TestLibrary library;
+        library.configure("<key>desktopImageType</key><integer>2</integer>"
+                          "<key>desktopImageURL</key><string>file:///c.png</string>"
+                          "<key>closeAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.displays.others = {QRect(1920, 0, 1920, 1080)};
+        const auto coverPicture = [&] {
+            QWidget* cover = program.delegate->backgroundBuilder()->coverWindows().first();
+            return cover->findChild<BackgroundView*>()->picture().toImage();
+        };
+        // Too wide to fill: shown whole, on linen.
+        program.pictures.bytes.insert("file:///c.png", solidPicture({4000, 1000}, Qt::red));
+        lockAndOpen(program);
+        unlockAndClose(program);
+        lockAndOpen(program);
+        QWidget* cover = program.delegate->backgroundBuilder()->coverWindows().first();
+        QVERIFY(showsLinen(cover));
+        QCOMPARE(coverPicture().size(), QSize(1920, 480));
+        QCOMPARE(coverPicture().pixelColor(960, 240), QColor(Qt::red));
+        unlockAndClose(program);
+        // The same name, another picture.
+        program.pictures.bytes.insert("file:///c.png", solidPicture({1920, 1080}, Qt::blue));
+        lockAndOpen(program);
+        QCOMPARE(coverPicture().size(), QSize(1920, 1080));
+        QCOMPARE(coverPicture().pixelColor(960, 540), QColor(Qt::blue));
+    }
+
+    void aLargePictureIsDecodedStraightToTheSizeItIsShownAt()
+    {
+        const QImage big = solidImage({4000, 3000}, Qt::darkGreen);
+        QByteArray jpeg;
+        QBuffer out(&jpeg);
+        out.open(QIODevice::WriteOnly);
+        big.save(&out, "JPEG");
+        QSize own;
+        QSize asked;
+        const QImage shown = BackgroundBuilder::decode(jpeg, &own, [&](QSize size) {
+            asked = size;
+            return QSize(1000, 750);
+        });
+        QCOMPARE(asked, QSize(4000, 3000));
+        QCOMPARE(own, QSize(4000, 3000));
+        QCOMPARE(shown.size(), QSize(1000, 750));
+        // Shown larger than its own size: decoded whole, scaled up later.
+        QCOMPARE(BackgroundBuilder::decode(jpeg, nullptr, [](QSize) { return QSize(8000, 6000); })
+                     .size(),
+                 QSize(4000, 3000));
+    }
+
     void aWidePictureIsCentredOnLinen()
     {
         TestLibrary library;
@@ -346,6 +397,10 @@ private slots:
         QCOMPARE(own, QSize(9000, 6000));
         QVERIFY(!scaled.isNull());
         QVERIFY(qint64(scaled.width()) * scaled.height() <= BackgroundBuilder::maxDecodedPixels);
+        // Shown on a display larger than the bound, it is decoded at the size shown.
+        const QImage shown =
+            BackgroundBuilder::decode(jpeg, nullptr, [](QSize) { return QSize(7680, 5120); });
+        QCOMPARE(shown.size(), QSize(7680, 5120));
     }
 
     void aDisplayAddedWhileLockedIsCoveredAndTheWindowFollowsTheNewSize()
