@@ -7,6 +7,7 @@
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
 #include "platform/SessionBus.h"
+#include "settings/PropertyListFile.h"
 #include "triggers/ScriptingInterface.h"
 
 #include <QGuiApplication>
@@ -49,6 +50,9 @@ extern "C" int tessarine_run_program(int argc, char** argv)
                                  "on the system bus"));
     const QString libraryFolder = LibraryFolder::path();
     LibraryFolder::ensureExists(libraryFolder);
+    // Temporary files of writes that were cut short (a crash, a kill) would pile up otherwise.
+    if (const int removed = PropertyListFile::removeAbandonedTemporaries(libraryFolder))
+        Log::line(QStringLiteral("removed %1 unfinished temporary settings files").arg(removed));
 
     AppDelegate delegate(platform.services(libraryFolder));
     switch (SessionBus::claim(delegate.scriptingInterface())) {
