@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "app/AppDelegate.h"
+#include "app/Diagnostics.h"
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
 #include "platform/GuardProcess.h"
@@ -10,10 +11,12 @@
 #include "settings/PropertyListFile.h"
 #include "triggers/ScriptingInterface.h"
 
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QScreen>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -38,6 +41,9 @@ void watchScreens(KeyListener& app, AppDelegate& delegate)
 
 extern "C" int tessarine_run_program(int argc, char** argv)
 {
+    const bool diagnostics = Diagnostics::requested();
+    if (diagnostics)
+        Diagnostics::startFollowingObjects();
     KeyListener app(argc, argv);
     if (SessionBus::isTaken()) {
         std::fprintf(stderr, "tessarine: Tessarine is already running in this session\n");
@@ -64,6 +70,12 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     case SessionBus::Claim::Unavailable:
         Log::line(QStringLiteral("the session bus cannot be reached: no remote lock requests"));
         break;
+    }
+    std::unique_ptr<Diagnostics> counts;
+    if (diagnostics) {
+        counts = std::make_unique<Diagnostics>();
+        QDBusConnection::sessionBus().registerObject(QString::fromLatin1(Diagnostics::objectPath),
+                                                     counts.get(), QDBusConnection::ExportAllSlots);
     }
     app.setDelegate(&delegate);
     QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);
