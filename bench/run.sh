@@ -176,4 +176,9 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "  gone, a window of the guard covers the root window and a grab of the keyboard answers"
     echo "  AlreadyGrabbed. The password is then typed to the guard. Each run starts a new Tessarine."
 } >"$report"
+
+# --- Resident memory over 1,000 lock/unlock cycles: a section of its own, from bench/cycles.sh.
+"$root/bench/cycles.sh" "$build" >>"$report"
+# --- end of the cycles section.
+
 cat "$report"
