@@ -1,6 +1,6 @@
 # Preference writes cut short by kill -9 at random moments. 1,000 writes of the options file go
 # through the program's own store (tests/tools/preference_writer: SettingsStore::set, each write
-# setting two keys to the same generation N); the writer is killed 0 to 60 ms into its writing,
+# setting two keys to the same generation N); the writer is killed 0 to 150 ms into its writing,
 # again and again, and started anew where it left off. After every kill:
 #   - properties.plist parses, with the program's loader (SettingsStore::load) and with libplist
 #     (plist_keys), and holds the old or the new generation whole, with every other key as it was;
@@ -67,7 +67,7 @@ while ((done_writes < writes)); do
         kill -0 "$writer" 2>/dev/null || break
         sleep 0.002
     done
-    sleep "0.0$(printf '%02d' $((RANDOM % 60)))"
+    sleep "0.$(printf %03d $((RANDOM % 150)))"
     kill -9 "$writer" 2>/dev/null
     status=0
     wait "$writer" 2>/dev/null || status=$?
