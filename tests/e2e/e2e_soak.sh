@@ -10,7 +10,8 @@
 #     itself when started with TESSARINE_DIAGNOSTICS=1 (app/Diagnostics.h);
 #   - its resident memory (VmRSS), when a bound is given.
 #   e2e_soak.sh CYCLES [WARM-UP CYCLES] [RSS GROWTH BOUND IN kB]
-# With SOAK_FIGURES=FILE it also writes the figures there as NAME=VALUE lines (bench/cycles.sh).
+# With SOAK_FIGURES=FILE it also writes the figures there as NAME=VALUE lines (bench/cycles.sh);
+# with SOAK_ANIMATED=1 the lock slides in and out and shows its circuit picture beneath.
 set -u
 cycles=${1:-20}
 warmup=${2:-5}
@@ -23,7 +24,9 @@ write_password ab
 # mail badge's polling and the music widget's questions to the session bus made at every lock.
 write_options "<key>showMusic</key><true/><key>showTime</key><true/><key>showBattery</key><true/>
 <key>showDoNotDisturb</key><true/><key>useShortcut</key><true/><key>showShutDown</key><true/>
-<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>"
+<key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>
+$([ -z "${SOAK_ANIMATED:-}" ] || echo "<key>startAnimation</key><integer>2</integer>
+<key>closeAnimation</key><integer>1</integer>")"
 name=org.tessarine.Tessarine
 path=/org/tessarine/Tessarine
 
@@ -86,6 +89,9 @@ cycle() { # NUMBER
     xdotool type --delay 30 ab
     # shellcheck disable=SC2086 # one window id a word
     wait_until 5 unlocked $shown || fail "cycle $1: the lock did not go away"
+    # A lock asked for while the closing movement ends is not taken: the session is still active
+    # until 0.2 s after its windows are gone.
+    [ -z "${SOAK_ANIMATED:-}" ] || sleep 0.3
     alive || fail "cycle $1: tessarine ended"
 }
 
