@@ -1,7 +1,7 @@
 # Preference writes cut short by kill -9 at random moments. 1,000 writes of the options file go
 # through the program's own store (tests/tools/preference_writer: SettingsStore::set, each write
-# setting two keys to the same generation N); the writer is killed 0 to 150 ms into its writing,
-# again and again, and started anew where it left off. After every kill:
+# setting two keys to the same generation N); the writer is killed at a random moment of one of
+# its first 16 writes, again and again, and started anew where it left off. After every kill:
 #   - properties.plist parses, with the program's loader (SettingsStore::load) and with libplist
 #     (plist_keys), and holds the old or the new generation whole, with every other key as it was;
 #   - the password file is byte for byte what it was, mode 0600.
@@ -58,20 +58,33 @@ started=$(now_us)
 done_writes=0
 kills=0
 most_temporaries=0
+# How long a write takes here (most of it fsync): the first 20 writes, not killed.
+"$PREFERENCE_WRITER" write "$library" 1 20 >/dev/null || fail "the writer failed"
+write_us=$((($(now_us) - started) / 20))
+check_generation 20 >/dev/null || exit 1
+done_writes=20
+mkfifo "$RIG_DIR/writer.fifo"
 while ((done_writes < writes)); do
-    out=$RIG_DIR/writer.out
-    : >"$out"
-    "$PREFERENCE_WRITER" write "$library" $((done_writes + 1)) "$writes" >"$out" 2>>"$RIG_DIR/writer.err" &
+    "$PREFERENCE_WRITER" write "$library" $((done_writes + 1)) "$writes" >"$RIG_DIR/writer.fifo" \
+        2>>"$RIG_DIR/writer.err" &
     writer=$!
-    until grep -q '^writing' "$out" 2>/dev/null; do
-        kill -0 "$writer" 2>/dev/null || break
-        sleep 0.002
+    exec {lines}<"$RIG_DIR/writer.fifo"
+    # The kill comes during the writer's Kth write of this run (1 to 16), at a random moment of
+    # it; counted in writes and in the time a write takes, so that the number of kills does not
+    # depend on how fast the disk is today.
+    target=$((RANDOM % 16 + 1))
+    started_writes=0
+    last=
+    while read -r -u "$lines" line; do
+        last=$line
+        [[ $line == writing* ]] && ((++started_writes == target)) && break
     done
-    sleep "0.$(printf %03d $((RANDOM % 150)))"
+    sleep "$(printf '0.%06d' $(((RANDOM * 32768 + RANDOM) % write_us)))"
     kill -9 "$writer" 2>/dev/null
+    while read -r -u "$lines" line; do last=$line; done
+    exec {lines}<&-
     status=0
     wait "$writer" 2>/dev/null || status=$?
-    last=$(tail -n1 "$out")
     case "$status:$last" in
     137:"writing "*) n=${last#writing }; allowed="$((n - 1)) $n"; kills=$((kills + 1)) ;;
     137:"wrote "*) n=${last#wrote }; allowed=$n; kills=$((kills + 1)) ;;
@@ -84,7 +97,7 @@ while ((done_writes < writes)); do
     ((t > most_temporaries)) && most_temporaries=$t
 done
 left=$(temporaries)
-echo "$writes writes, $kills kills in $((($(now_us) - started) / 1000)) ms;" \
+echo "$writes writes of $write_us us each, $kills kills in $((($(now_us) - started) / 1000)) ms;" \
     "temporary files left by killed writers: $left (at most $most_temporaries)"
 
 # The real program cleans up after them at its start, and reads the last generation.
@@ -105,7 +118,7 @@ stop_tessarine
 # after the first write, or after both, each whole.
 rm "$library/settings.plist"
 hotkey_keys='^(shortcut(Modifier[123]|Key|String)|useShortcut)='
-program_kills=${PROGRAM_KILLS:-20}
+program_kills=${PROGRAM_KILLS:-15}
 states=""
 for ((run = 0; run < program_kills; run++)); do
     write_options "$others<key>useShortcut</key><false/><key>shortcutKey</key><integer>1</integer>"
