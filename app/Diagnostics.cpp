@@ -7,6 +7,7 @@
 #include <QtCore/private/qhooks_p.h>
 
 #include <cstdlib>
+#include <malloc.h>
 #include <mutex>
 #include <unordered_set>
 
@@ -74,9 +75,13 @@ QString Diagnostics::Counts() const
                 timers += dispatcher->registeredTimers(object).size();
         }
     }
-    return QStringLiteral("objects %1 timers %2 widgets %3 windows %4")
+    // The heap's bytes in use, apart from what the allocator keeps free: growth here is memory
+    // held, not fragmentation.
+    const size_t heap = mallinfo2().uordblks;
+    return QStringLiteral("objects %1 timers %2 widgets %3 windows %4 heap %5")
         .arg(objects)
         .arg(timers)
         .arg(QApplication::allWidgets().size())
-        .arg(QGuiApplication::allWindows().size());
+        .arg(QGuiApplication::allWindows().size())
+        .arg(qulonglong(heap));
 }

@@ -23,7 +23,8 @@ public:
     using QObject::QObject;
 
 public slots:
-    // "objects N timers N widgets N windows N": the live QObjects, the timers registered with
-    // the main thread's event dispatcher, the QWidgets and the QWindows.
+    // "objects N timers N widgets N windows N heap N": the live QObjects, the timers registered
+    // with the main thread's event dispatcher, the QWidgets, the QWindows and the bytes of the
+    // heap in use (malloc's own count).
     QString Counts() const;
 };

@@ -7,6 +7,7 @@
 #include "platform/GuardProcess.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
+#include "platform/Memory.h"
 #include "platform/SessionBus.h"
 #include "settings/PropertyListFile.h"
 #include "triggers/ScriptingInterface.h"
@@ -41,6 +42,7 @@ void watchScreens(KeyListener& app, AppDelegate& delegate)
 
 extern "C" int tessarine_run_program(int argc, char** argv)
 {
+    Memory::keepLargeBuffersMapped();
     const bool diagnostics = Diagnostics::requested();
     if (diagnostics)
         Diagnostics::startFollowingObjects();

@@ -42,13 +42,15 @@ echo "Counted after the warm-up and at the end (the soak fails on any growth; th
 echo
 echo "| Counted | After warm-up | At the end |"
 echo "|---|---|---|"
-for counted in x_windows x_resources x_pixmap_bytes fds threads children qobjects timers widgets; do
+for counted in x_windows x_resources x_pixmap_bytes fds threads children qobjects timers widgets heap_kb; do
     echo "| $counted | $(figure "before_$counted") | $(figure "after_$counted") |"
 done
 echo
 echo "Method: \`bench/cycles.sh\` runs the soak of \`make soak\` (\`tests/e2e/e2e_soak.sh\`) in a"
 echo "private Xvfb 1280x800 desktop with openbox and trayer, on a profile with every lock-screen"
-echo "widget on (clock, battery, music, mail badge, do-not-disturb) and the two-key password \"ab\"."
+echo "widget on (clock, battery, music, mail badge with two unread mails, do-not-disturb), the"
+echo "display dimmed while locked (a backlight folder of the rig's own) and the two-key password"
+echo "\"ab\"."
 echo "Each cycle locks over D-Bus (\`tessarine lock\` and \`busctl set-property ... lock i 1\` in"
 echo "turn), waits until a grab of the keyboard and of the pointer by another client both answer"
 echo "AlreadyGrabbed and the lock window is mapped, types the password with \`xdotool type\`, and"
@@ -56,4 +58,5 @@ echo "waits until both grabs are free and the lock window unmapped. After $warmu
 echo "and again at the end, the program idles 1.5 s and \`VmRSS\` is read from"
 echo "\`/proc/PID/status\`; the growth is the difference. X windows and resources come from the"
 echo "X-Resource extension (\`tests/tools/x11_resources\`), descriptors and threads from \`/proc\`,"
-echo "objects and main-thread timers from the program itself (\`TESSARINE_DIAGNOSTICS=1\`)."
+echo "objects, main-thread timers and the heap in use (malloc's count, which swings with the"
+echo "pictures alive at the moment) from the program itself (\`TESSARINE_DIAGNOSTICS=1\`)."

@@ -9,6 +9,8 @@
 #   - its QObjects, widgets, native windows and the timers of its main thread, which it counts
 #     itself when started with TESSARINE_DIAGNOSTICS=1 (app/Diagnostics.h);
 #   - its resident memory (VmRSS), when a bound is given.
+# The bytes of its heap in use (malloc's own count) are reported, not checked: they swing with
+# the pictures alive at the moment.
 #   e2e_soak.sh CYCLES [WARM-UP CYCLES] [RSS GROWTH BOUND IN kB]
 # With SOAK_FIGURES=FILE it also writes the figures there as NAME=VALUE lines (bench/cycles.sh);
 # with SOAK_ANIMATED=1 the lock slides in and out and shows its circuit picture beneath.
@@ -20,11 +22,20 @@ source "$TESTS_DIR/rig/desktop.sh"
 desktop_start 1280x800 || fail "the desktop did not come up"
 fake_power_supply
 write_password ab
-# The first start's options: every widget of the lock screen shown, the display time-out on, the
-# mail badge's polling and the music widget's questions to the session bus made at every lock.
+# A backlight of the rig's own, for the dimming, and a Maildir with unread mail for the badge's
+# script.
+mkdir -p "$RIG_DIR/backlight/panel" "$HOME/Maildir/new" "$HOME/Maildir/cur"
+echo 100 >"$RIG_DIR/backlight/panel/max_brightness"
+echo 80 >"$RIG_DIR/backlight/panel/brightness"
+export TESSARINE_BACKLIGHT_DIR=$RIG_DIR/backlight
+touch "$HOME/Maildir/new/1" "$HOME/Maildir/new/2"
+# The first start's options, and the dimming: every widget of the lock screen shown, the display
+# time-out on, the mail badge's polling, the music widget's questions to the session bus and the
+# dimming's thread and scripts at every lock.
 write_options "<key>showMusic</key><true/><key>showTime</key><true/><key>showBattery</key><true/>
 <key>showDoNotDisturb</key><true/><key>useShortcut</key><true/><key>showShutDown</key><true/>
 <key>timeout</key><true/><key>timeoutTime</key><integer>5</integer>
+<key>dim</key><true/><key>lockBrightnes</key><real>0.3</real>
 $([ -z "${SOAK_ANIMATED:-}" ] || echo "<key>startAnimation</key><integer>2</integer>
 <key>closeAnimation</key><integer>1</integer>")"
 name=org.tessarine.Tessarine
@@ -38,6 +49,8 @@ pid=$TESSARINE_PID
 alive() { [ -d /proc/"$pid" ] && [ "$(ps -o stat= -p "$pid" | cut -c1)" != Z ]; }
 pointer_grabbed_by_other() { [ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]; }
 locked() { keyboard_grabbed_by_other && pointer_grabbed_by_other; }
+dimmed() { [ "$(cat "$RIG_DIR/backlight/panel/brightness")" = 30 ]; }
+bright() { [ "$(cat "$RIG_DIR/backlight/panel/brightness")" = 80 ]; }
 # The windows the lock showed are unmapped again (quicker to ask than a search of every window).
 none_viewable() {
     local window
@@ -56,8 +69,8 @@ snapshot() {
     alive || fail "tessarine ended"
     counts=$(busctl --user call "$name" "$path/Diagnostics" org.tessarine.Diagnostics Counts) ||
         fail "no diagnostics on the bus"
-    # s "objects N timers N widgets N windows N"
-    read -r _ _ objects _ timers _ widgets _ windows <<<"${counts//\"/}"
+    # s "objects N timers N widgets N windows N heap N"
+    read -r _ _ objects _ timers _ widgets _ windows _ heap <<<"${counts//\"/}"
     resources=$("$X11_RESOURCES" "$pid") || fail "the program has no X client"
     echo "x_windows=$(awk '$1 == "WINDOW" {print $2}' <<<"$resources")"
     echo "x_resources=$(awk '$1 == "total" {print $2}' <<<"$resources")"
@@ -71,6 +84,7 @@ snapshot() {
     echo "widgets=$widgets"
     echo "qwindows=$windows"
     echo "rss_kb=$(awk '/^VmRSS/ {print $2}' /proc/"$pid"/status)"
+    echo "heap_kb=$((heap / 1024))"
     # The X resources by type, for whoever reads a failure.
     tr '\n' ' ' <<<"$resources" | sed 's/^/x_by_type="/; s/ $/"\n/'
 }
@@ -83,12 +97,14 @@ cycle() { # NUMBER
         busctl --user set-property "$name" "$path" "$name" lock i 1 || fail "cycle $1: busctl failed"
     fi
     wait_until 5 locked || fail "cycle $1: the lock did not come up"
+    wait_until 5 dimmed || fail "cycle $1: the display was not dimmed"
     local shown
     shown=$(visible_windows_outside_tray)
     [ -n "$shown" ] || fail "cycle $1: no lock window is mapped"
     xdotool type --delay 30 ab
     # shellcheck disable=SC2086 # one window id a word
     wait_until 5 unlocked $shown || fail "cycle $1: the lock did not go away"
+    wait_until 5 bright || fail "cycle $1: the brightness did not come back"
     # A lock asked for while the closing movement ends is not taken: the session is still active
     # until 0.2 s after its windows are gone.
     [ -z "${SOAK_ANIMATED:-}" ] || sleep 0.3
