@@ -6,6 +6,10 @@
 #            (default 600); new inputs land in build-fuzz/tests/fuzz/work/<target>/new
 # make bench runs the benchmarks under bench/ (i3lock and xsecurelock as peers), writes
 #            bench/REPORT.md and prints it
+# make soak  locks and unlocks the real program 1,000 times (about 15 minutes) and fails on a
+#            crash, a lock that did not come up or go away, any growth of its windows, X resources,
+#            descriptors, threads, objects or timers, or more than 1 MB of resident memory
+#            (SOAK_CYCLES=N for another number)
 # make deb   builds the Debian package build/tessarine_<version>_<arch>.deb
 # make install installs under /usr/local (PREFIX=/some/where for another prefix; DESTDIR works)
 
@@ -19,7 +23,7 @@ CMAKE_ARGS := -G Ninja -DTESSARINE_WERROR=ON
 SOURCES     = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null || find app settings input triggers lockscreen ui platform tests bench -name '*.cpp' -o -name '*.h')
 
 .PHONY: all deps configure build run demo test test-plain test-asan test-fuzz fuzz fuzz-build format \
-        format-check bench deb install clean
+        format-check bench soak deb install clean
 
 all: build
 
@@ -75,6 +79,12 @@ fuzz: fuzz-build
 bench: build
 	@tools/install-deps.sh i3lock xsecurelock
 	@bench/run.sh $(BUILD)
+
+SOAK_CYCLES ?= 1000
+soak: build
+	@TESSARINE=$(CURDIR)/$(BUILD)/tessarine X11_PROBE=$(CURDIR)/$(BUILD)/tests/x11_probe \
+		X11_RESOURCES=$(CURDIR)/$(BUILD)/tests/x11_resources TESTS_DIR=$(CURDIR)/tests \
+		bash tests/e2e/e2e_soak.sh $(SOAK_CYCLES) 20 1024
 
 deb: build
 	@cd $(BUILD) && cpack -G DEB

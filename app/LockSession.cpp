@@ -15,6 +15,7 @@
 #include "platform/Displays.h"
 #include "platform/ImageLibrary.h"
 #include "platform/Log.h"
+#include "platform/Memory.h"
 #include "platform/ScreenShield.h"
 #include "settings/Preferences.h"
 
@@ -368,6 +369,8 @@ void LockSession::closeWindow()
         m_window.hide();
         m_lockActive = false;
         reportBackgroundFailure();
+        // The lock's pictures are freed by now; the desktop is back already.
+        Memory::releaseFreePages();
         return;
     }
     const QPoint home = firstScreen().topLeft();
@@ -435,4 +438,5 @@ void LockSession::unActive()
     if (m_circuit)
         m_circuit->hide();
     m_circuit.reset();
+    Memory::releaseFreePages();
 }

@@ -1,14 +1,18 @@
 #include "app/Program.h"
 
 #include "app/AppDelegate.h"
+#include "app/Diagnostics.h"
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
 #include "platform/GuardProcess.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
+#include "platform/Memory.h"
 #include "platform/SessionBus.h"
+#include "settings/PropertyListFile.h"
 #include "triggers/ScriptingInterface.h"
 
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
@@ -51,6 +55,10 @@ void watchScreens(KeyListener& app, AppDelegate& delegate)
 
 extern "C" int tessarine_run_program(int argc, char** argv)
 {
+    Memory::keepLargeBuffersMapped();
+    const bool diagnostics = Diagnostics::requested();
+    if (diagnostics)
+        Diagnostics::startFollowingObjects();
     KeyListener app(argc, argv);
     if (SessionBus::isTaken()) {
         std::fprintf(stderr, "tessarine: Tessarine is already running in this session\n");
@@ -63,6 +71,9 @@ extern "C" int tessarine_run_program(int argc, char** argv)
                                  "on the system bus"));
     const QString libraryFolder = LibraryFolder::path();
     LibraryFolder::ensureExists(libraryFolder);
+    // Temporary files of writes that were cut short (a crash, a kill) would pile up otherwise.
+    if (const int removed = PropertyListFile::removeAbandonedTemporaries(libraryFolder))
+        Log::line(QStringLiteral("removed %1 unfinished temporary settings files").arg(removed));
 
     AppDelegate delegate(platform.services(libraryFolder));
     switch (SessionBus::claim(delegate.scriptingInterface())) {
@@ -74,6 +85,12 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     case SessionBus::Claim::Unavailable:
         Log::line(QStringLiteral("the session bus cannot be reached: no remote lock requests"));
         break;
+    }
+    std::unique_ptr<Diagnostics> counts;
+    if (diagnostics) {
+        counts = std::make_unique<Diagnostics>();
+        QDBusConnection::sessionBus().registerObject(QString::fromLatin1(Diagnostics::objectPath),
+                                                     counts.get(), QDBusConnection::ExportAllSlots);
     }
     app.setDelegate(&delegate);
     QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);

@@ -364,4 +364,9 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "The machine is shared (2 cores, other builds may run beside the benchmarks): the spreads"
     echo "show that noise; the medians are what the goals are checked against."
 } >"$report"
+
+# --- Resident memory over 1,000 lock/unlock cycles: a section of its own, from bench/cycles.sh.
+"$root/bench/cycles.sh" "$build" >>"$report"
+# --- end of the cycles section.
+
 cat "$report"

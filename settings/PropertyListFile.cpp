@@ -6,10 +6,17 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cctype>
 #include <cerrno>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -43,6 +50,43 @@ void syncFolder(const QString& folder)
         ::fsync(fd);
         ::close(fd);
     }
+}
+
+constexpr int temporarySuffixLength = 6; // the XXXXXX of mkostemp
+
+// ".NAME.plist.XXXXXX", as writeAtomically names its temporary files.
+bool isTemporaryName(const char* name)
+{
+    const size_t length = std::strlen(name);
+    const size_t suffix = temporarySuffixLength + 1;
+    if (name[0] != '.' || length < suffix + std::strlen(".x.plist"))
+        return false;
+    if (name[length - suffix] != '.')
+        return false;
+    for (size_t i = length - temporarySuffixLength; i < length; ++i) {
+        if (!std::isalnum(static_cast<unsigned char>(name[i])))
+            return false;
+    }
+    return std::string_view(name, length - suffix).ends_with(".plist");
+}
+
+// The temporary file beside the target, made and locked. A cleaner may take the file between
+// its creation and the lock, when it looks abandoned: it is then gone, and another is made.
+int createLockedTemporary(QByteArray& name, const QByteArray& pattern)
+{
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        name = pattern;
+        const int fd = ::mkostemp(name.data(), O_CLOEXEC);
+        if (fd < 0)
+            return -1;
+        while (::flock(fd, LOCK_EX) != 0 && errno == EINTR) {
+        }
+        struct stat status = {};
+        if (::fstat(fd, &status) == 0 && status.st_nlink > 0)
+            return fd;
+        ::close(fd);
+    }
+    return -1;
 }
 
 } // namespace
@@ -96,17 +140,55 @@ bool PropertyListFile::writeAtomically(const QString& path, const PList::Structu
     if (!QFileInfo(folder).isDir())
         return false;
 
-    QByteArray tmpl = QFile::encodeName(folder + QStringLiteral("/.") + target.fileName() +
-                                        QStringLiteral(".XXXXXX"));
-    const int fd = ::mkostemp(tmpl.data(), O_CLOEXEC);
+    const QByteArray pattern = QFile::encodeName(folder + QStringLiteral("/.") + target.fileName() +
+                                                 QStringLiteral(".XXXXXX"));
+    QByteArray temporary;
+    const int fd = createLockedTemporary(temporary, pattern);
     if (fd < 0)
         return false;
-    const bool ok = ::fchmod(fd, mode) == 0 && writeAll(fd, xml) && ::fsync(fd) == 0;
+    const bool written = ::fchmod(fd, mode) == 0 && writeAll(fd, xml) && ::fsync(fd) == 0;
+    const bool renamed =
+        written && ::rename(temporary.constData(), QFile::encodeName(path).constData()) == 0;
+    if (!renamed)
+        ::unlink(temporary.constData());
+    // The lock goes with the descriptor, once the file has its final name.
     ::close(fd);
-    if (!ok || ::rename(tmpl.constData(), QFile::encodeName(path).constData()) != 0) {
-        ::unlink(tmpl.constData());
+    if (!renamed)
         return false;
-    }
     syncFolder(folder);
     return true;
+}
+
+int PropertyListFile::removeAbandonedTemporaries(const QString& folder)
+{
+    const int folderFd =
+        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folderFd < 0)
+        return 0;
+    DIR* listing = ::fdopendir(folderFd);
+    if (!listing) {
+        ::close(folderFd);
+        return 0;
+    }
+    std::vector<std::string> names;
+    while (const dirent* entry = ::readdir(listing)) {
+        if (isTemporaryName(entry->d_name))
+            names.emplace_back(entry->d_name);
+    }
+    int removed = 0;
+    for (const std::string& name : names) {
+        const int fd =
+            ::openat(folderFd, name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+        if (fd < 0)
+            continue;
+        // A regular file of this user that no writer holds locked: its writer ended before the
+        // rename. A file a writer holds is being written now and is left alone.
+        struct stat status = {};
+        if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid() &&
+            ::flock(fd, LOCK_EX | LOCK_NB) == 0 && ::unlinkat(folderFd, name.c_str(), 0) == 0)
+            ++removed;
+        ::close(fd);
+    }
+    ::closedir(listing); // closes folderFd too
+    return removed;
 }

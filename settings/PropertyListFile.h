@@ -38,8 +38,13 @@ public:
 
     // Temporary file in the same folder, fsync, rename, fsync of the folder: a crash at any moment
     // leaves either the old or the new file, never a partial one. Returns false on any failure,
-    // in which case the target is untouched.
+    // in which case the target is untouched. The temporary file ".NAME.XXXXXX" is locked
+    // (flock) by its writer until it has been renamed, so that an abandoned one can be told apart.
     static bool writeAtomically(const QString& path, const PList::Structure& root, mode_t mode);
+
+    // A writer killed before its rename leaves its temporary file behind. Removes those in the
+    // folder that no living writer holds locked, of any program, and returns how many.
+    static int removeAbandonedTemporaries(const QString& folder);
 
 private:
     static plist_t readRoot(const QString& path);

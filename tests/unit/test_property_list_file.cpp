@@ -7,7 +7,10 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 // A well-formed property list in the binary format, holding a dictionary.
@@ -122,6 +125,53 @@ private slots:
         QFile::setPermissions(library.folder(),
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(library.readFile(library.propertiesPath()), QByteArray("old bytes"));
+    }
+
+    void abandonedTemporaryFilesAreRemovedAndLiveOnesKept()
+    {
+        TestLibrary library;
+        library.writeFile(library.propertiesPath(), "target");
+        library.writeFile(library.passwordPath(), "password");
+        // What a writer killed before its rename leaves: nobody holds these.
+        const QString abandoned = library.folder() + QStringLiteral("/.properties.plist.aB3dE9");
+        library.writeFile(abandoned, "<?xml");
+        library.writeFile(library.folder() + QStringLiteral("/.settings.plist.Zz0000"), "");
+        // A writer at work holds its file locked.
+        const QString live = library.folder() + QStringLiteral("/.properties.plist.Q1w2E3");
+        library.writeFile(live, "<?xml");
+        const int held = ::open(QFile::encodeName(live).constData(), O_RDONLY | O_CLOEXEC);
+        QVERIFY(held >= 0);
+        QCOMPARE(::flock(held, LOCK_EX), 0);
+        // Names that are not of our temporary files.
+        const QStringList others = {QStringLiteral(".properties.plist.tooLong7"),
+                                    QStringLiteral(".properties.plist.ab-d_f"),
+                                    QStringLiteral("properties.plist.aB3dE9"),
+                                    QStringLiteral(".notes.txt.aB3dE9")};
+        for (const QString& name : others)
+            library.writeFile(library.folder() + QLatin1Char('/') + name, "x");
+
+        QCOMPARE(PropertyListFile::removeAbandonedTemporaries(library.folder()), 2);
+        ::close(held);
+
+        QStringList expected = others;
+        expected << QStringLiteral(".properties.plist.Q1w2E3") << QStringLiteral("properties.plist")
+                 << QStringLiteral("settings.plist");
+        expected.sort();
+        QStringList left = QDir(library.folder()).entryList(QDir::Files | QDir::Hidden);
+        left.sort();
+        QCOMPARE(left, expected);
+        QCOMPARE(library.readFile(library.propertiesPath()), QByteArray("target"));
+        QCOMPARE(library.readFile(library.passwordPath()), QByteArray("password"));
+    }
+
+    void aWriteLeavesNothingForTheCleanerAndSurvivesIt()
+    {
+        TestLibrary library;
+        PList::Dictionary dictionary;
+        dictionary.Set("timeoutTime", PList::Integer(uint64_t(7)));
+        QVERIFY(PropertyListFile::writeAtomically(library.propertiesPath(), dictionary, 0644));
+        QCOMPARE(PropertyListFile::removeAbandonedTemporaries(library.folder()), 0);
+        QVERIFY(PropertyListFile::readDictionary(library.propertiesPath()));
     }
 };
 
