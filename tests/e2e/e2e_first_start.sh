@@ -26,9 +26,11 @@ showTime=boolean:true
 timeout=boolean:true
 timeoutTime=integer:5
 useShortcut=boolean:true"
-actual=$("$PLIST_KEYS" "$library/properties.plist") || fail "properties.plist is not a dictionary"
-[ "$actual" = "$expected" ] || fail "properties.plist holds:
-$actual"
+# The start writes the options file twice (the defaults, then the hot key's): each write is whole,
+# so the file is read until it holds the second.
+holds_expected() { [ "$("$PLIST_KEYS" "$library/properties.plist")" = "$expected" ]; }
+wait_until_deadline $deadline holds_expected ||
+    fail "properties.plist holds: $("$PLIST_KEYS" "$library/properties.plist" 2>&1)"
 [ ! -e "$library/settings.plist" ] || fail "settings.plist exists before a password was set"
 
 wait_until_deadline $deadline xdotool search --onlyvisible --name '^Welcome to Tessarine$' >/dev/null ||
