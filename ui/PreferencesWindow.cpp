@@ -214,7 +214,9 @@ QWidget* PreferencesWindow::makeSecurityView(ChangePasswordFields* passwordField
 QWidget* PreferencesWindow::makeShortcutsView()
 {
     m_keyboardShortcutCheck = checkBox("keyboardShortcutCheck", tr("Lock with a shortcut"));
-    const QStringList modifiers{tr("Command"), tr("Option"), tr("Control"), tr("Shift")};
+    // The stored masks keep their original meanings (256, 2048, 4096, 512); on a PC keyboard the
+    // first two are the Super and Alt keys, and the menus say so.
+    const QStringList modifiers{tr("Super"), tr("Alt"), tr("Control"), tr("Shift")};
     m_firstShortcutModifier =
         popUp(this, "firstShortcutModifier", QStringList{tr("None")} + modifiers);
     m_secondShortcutModifier =
