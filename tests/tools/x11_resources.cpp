@@ -24,9 +24,10 @@ template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 // The resource bases of the clients that run as this process.
 std::vector<uint32_t> clientsOf(xcb_connection_t* c, uint32_t pid)
 {
-    xcb_res_client_id_spec_t spec{XCB_NONE, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    Reply<xcb_res_query_client_ids_reply_t> reply(
-        xcb_res_query_client_ids_reply(c, xcb_res_query_client_ids(c, 1, &spec), nullptr));
+    // Every client, each with the id of the process behind it (XCB's own type names).
+    xcb_res_client_id_spec_t everyClientsPid{XCB_NONE, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    Reply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(
+        c, xcb_res_query_client_ids(c, 1, &everyClientsPid), nullptr));
     std::vector<uint32_t> clients;
     if (!reply)
         return clients;
