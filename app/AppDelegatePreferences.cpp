@@ -1,0 +1,467 @@
+#include "app/AppDelegate.h"
+
+#include "app/DisplayPower.h"
+#include "app/LockSession.h"
+#include "input/WindowController.h"
+#include "lockscreen/LockImageView.h"
+#include "lockscreen/LockSwing.h"
+#include "lockscreen/WindowMotion.h"
+#include "platform/Clock.h"
+
+#include "input/PasswordBuffer.h"
+#include "input/PasswordFile.h"
+#include "lockscreen/BackgroundBuilder.h"
+#include "lockscreen/BackgroundView.h"
+#include "lockscreen/BatteryWidget.h"
+#include "lockscreen/IconRowPlacement.h"
+#include "lockscreen/LockClock.h"
+#include "lockscreen/LockControls.h"
+#include "lockscreen/LockImageChooser.h"
+#include "lockscreen/LockScreenColours.h"
+#include "lockscreen/LockScreenViews.h"
+#include "lockscreen/LockWindow.h"
+#include "lockscreen/MailBadge.h"
+#include "lockscreen/MusicWidget.h"
+#include "platform/Dialogs.h"
+#include "platform/Displays.h"
+#include "platform/PowerSources.h"
+#include "platform/ScreenShield.h"
+#include "platform/SystemEvents.h"
+#include "settings/PreferenceActions.h"
+#include "triggers/HotKey.h"
+#include "triggers/ScheduledLock.h"
+#include "triggers/ScriptingInterface.h"
+#include "ui/AboutWindow.h"
+#include "ui/ChangePasswordFields.h"
+#include "ui/FirstPasswordWindow.h"
+#include "ui/HelpWindow.h"
+#include "ui/PreferencesWindow.h"
+#include "ui/StatusItem.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTimeEdit>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
+#include <QToolBar>
+#include <QUrl>
+
+#include <cmath>
+#include <cstdlib>
+
+// The preference actions and the windows the tray menu opens.
+
+// --- Preferences --------------------------------------------------------------------------
+
+PreferenceActions* AppDelegate::makePreferenceActions()
+{
+    PreferenceActions::Effects effects;
+    effects.updateIconPositions = [this] { updateIconPositions(true); };
+    effects.setShadows = [this] { setShadows(); };
+    effects.showLockImageNamed = [this](const QString& name) { m_views->showLockImage(name); };
+    effects.showLockImage = [this](const QImage& image) { m_views->showLockImage(image); };
+    effects.clearBackgroundReady = [this] { m_background->setBackgroundReady(false); };
+    effects.setLockOnWakeCheck = [this](bool on) {
+        m_preferencesWindow->lockOnWake()->setChecked(on);
+    };
+    effects.window = [this]() -> QWidget* { return m_preferencesWindow.get(); };
+    return new PreferenceActions(m_preferences, m_settingsStore, m_platform.loginItems,
+                                 m_platform.dialogs, std::move(effects));
+}
+
+void AppDelegate::showLockImageChoice()
+{
+    m_preferencesWindow->showLockImageChoice(m_preferences.lockImageType);
+}
+
+void AppDelegate::showBackgroundChoice()
+{
+    m_preferencesWindow->showBackgroundChoice(m_preferences.backgroundType);
+}
+
+void AppDelegate::toggleShowMusic(bool checked)
+{
+    m_preferenceActions->toggleShowMusic(checked);
+}
+
+void AppDelegate::toggleShowTime(bool checked)
+{
+    m_preferenceActions->toggleShowTime(checked);
+}
+
+void AppDelegate::toggleShowBattery(bool checked)
+{
+    m_preferenceActions->toggleShowBattery(checked);
+}
+
+void AppDelegate::toggleShowDoNotDisturb(bool checked)
+{
+    m_preferenceActions->toggleShowDoNotDisturb(checked);
+}
+
+void AppDelegate::toggleShutDown()
+{
+    m_preferenceActions->toggleShutDown();
+}
+
+void AppDelegate::toggleShowCapslock()
+{
+    m_preferenceActions->toggleShowCapslock();
+}
+
+void AppDelegate::toggleWiggleLock()
+{
+    m_preferenceActions->toggleWiggleLock();
+}
+
+void AppDelegate::toggleFlat()
+{
+    m_preferenceActions->toggleFlat();
+}
+
+void AppDelegate::toggleTurnOffDisplay()
+{
+    const bool on = m_preferenceActions->toggleTurnOffDisplay();
+    m_preferencesWindow->dimCheck()->setChecked(on);
+    m_preferencesWindow->brightnessText()->setEnabled(on);
+}
+
+void AppDelegate::toggleTimeout()
+{
+    const bool on = m_preferenceActions->toggleTimeout();
+    m_preferencesWindow->timeoutCheck()->setChecked(on);
+    m_preferencesWindow->timeoutTextBox()->setEnabled(on);
+}
+
+void AppDelegate::toggleOpenOnLogin()
+{
+    m_preferenceActions->toggleOpenOnLogin();
+}
+
+void AppDelegate::setTimeout(float minutes)
+{
+    m_preferenceActions->setTimeout(minutes);
+}
+
+void AppDelegate::setLockBrightness(float brightness)
+{
+    m_preferenceActions->setLockBrightness(brightness);
+}
+
+void AppDelegate::screenSliderChanged(int strength)
+{
+    m_preferenceActions->screenSliderChanged(strength);
+}
+
+void AppDelegate::redLock()
+{
+    m_preferenceActions->redLock();
+}
+
+void AppDelegate::blueLock()
+{
+    m_preferenceActions->blueLock();
+}
+
+void AppDelegate::blackLock()
+{
+    m_preferenceActions->blackLock();
+}
+
+void AppDelegate::defaultLockImage()
+{
+    m_preferenceActions->defaultLockImage();
+}
+
+void AppDelegate::whiteMinimalLockImage()
+{
+    m_preferenceActions->whiteMinimalLockImage();
+}
+
+void AppDelegate::blackMinimalLockImage()
+{
+    m_preferenceActions->blackMinimalLockImage();
+}
+
+void AppDelegate::customLockImage()
+{
+    m_platform.dialogs.chooseFile(m_preferencesWindow.get(), tr("Select a custom lock image."),
+                                  [this](std::optional<QString> url) {
+                                      if (!url)
+                                          showLockImageChoice();
+                                      else
+                                          // A file that is no picture changes nothing, silently.
+                                          m_preferenceActions->customLockImage(*url);
+                                  });
+}
+
+void AppDelegate::customBackgroundImage()
+{
+    m_platform.dialogs.chooseFile(m_preferencesWindow.get(),
+                                  tr("Select a custom background image."),
+                                  [this](std::optional<QString> url) {
+                                      if (!url || !m_preferenceActions->customBackgroundImage(*url))
+                                          showBackgroundChoice();
+                                  });
+}
+
+void AppDelegate::desktopBackground()
+{
+    m_preferenceActions->desktopBackground();
+}
+
+void AppDelegate::brushedMetal()
+{
+    m_preferenceActions->brushedMetal();
+}
+
+void AppDelegate::clearBackground()
+{
+    m_preferenceActions->clearBackground();
+}
+
+void AppDelegate::toggleLockOnWake()
+{
+    m_preferenceActions->toggleLockOnWake();
+}
+
+void AppDelegate::lockOnWakeAlertDidEnd(int returnCode)
+{
+    m_preferenceActions->lockOnWakeAlertDidEnd(returnCode);
+}
+
+void AppDelegate::lockAnimationPressed(QRadioButton* sender)
+{
+    animationPressed(sender, false);
+}
+
+void AppDelegate::unlockAnimationPressed(QRadioButton* sender)
+{
+    animationPressed(sender, true);
+}
+
+void AppDelegate::animationPressed(QRadioButton* sender, bool unlock)
+{
+    if (!sender->isChecked()) {
+        sender->setChecked(true); // the chosen one was clicked again: it stays, nothing changes
+        return;
+    }
+    const QList<QRadioButton*>& buttons =
+        unlock ? m_preferencesWindow->unlockAnimations() : m_preferencesWindow->lockAnimations();
+    for (int i = 0; i < int(buttons.size()); ++i) {
+        if (buttons.at(i) != sender)
+            buttons.at(i)->setChecked(false);
+        else if (unlock)
+            m_preferenceActions->unlockAnimationChosen(i);
+        else
+            m_preferenceActions->lockAnimationChosen(i);
+    }
+}
+
+// --- Preferences window -------------------------------------------------------------------
+
+namespace {
+bool preferencesOpened = false;
+} // namespace
+
+void AppDelegate::connectPreferences()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    const std::array<std::pair<const char*, void (AppDelegate::*)()>, 6> panes{
+        {{"General", &AppDelegate::generalPressed},
+         {"Appearance", &AppDelegate::imagesPressed},
+         {"Animations", &AppDelegate::animationsPressed},
+         {"Security", &AppDelegate::passwordPressed},
+         {"Shortcuts", &AppDelegate::shortcutsPressed},
+         {"Remote Lock", &AppDelegate::remoteLockPressed}}};
+    for (const auto& [title, action] : panes)
+        connect(w->toolbarItem(QString::fromLatin1(title)), &QAction::triggered, this, action);
+    connectPreferenceChecks();
+    connectPreferenceChoices();
+    connect(w->wiggleScreenSlider(), &QSlider::valueChanged, this,
+            &AppDelegate::screenSliderChanged);
+    connect(w->brightnessText(), &QLineEdit::returnPressed, this, [this, w] {
+        setLockBrightness(PreferenceActions::floatValue(w->brightnessText()->text()));
+    });
+    connect(w->timeoutTextBox(), &QLineEdit::returnPressed, this,
+            [this, w] { setTimeout(PreferenceActions::floatValue(w->timeoutTextBox()->text())); });
+    connect(w->shortcutText(), &QLineEdit::textEdited, this, &AppDelegate::shortcutText);
+}
+
+void AppDelegate::connectPreferenceChecks()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    // Clicks only: the window setting a box when it opens changes nothing.
+    connect(w->musicCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowMusic);
+    connect(w->timeCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowTime);
+    connect(w->batteryCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowBattery);
+    connect(w->donotdisturbCheck(), &QCheckBox::clicked, this,
+            &AppDelegate::toggleShowDoNotDisturb);
+    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 11> flips{
+        {{w->capslockCheck(), &AppDelegate::toggleShowCapslock},
+         {w->lockOnWake(), &AppDelegate::toggleLockOnWake},
+         {w->shutDownCheck(), &AppDelegate::toggleShutDown},
+         {w->openOnLoginCheck(), &AppDelegate::toggleOpenOnLogin},
+         {w->keyboardShortcutCheck(), &AppDelegate::toggleKeyboardShortcut},
+         {w->useTimerCheck(), &AppDelegate::toggleUseTimer},
+         {w->securityLevelCheck(), &AppDelegate::securityLevel},
+         {w->flatCheck(), &AppDelegate::toggleFlat},
+         {w->wiggleLockCheck(), &AppDelegate::toggleWiggleLock},
+         {w->dimCheck(), &AppDelegate::toggleTurnOffDisplay},
+         {w->timeoutCheck(), &AppDelegate::toggleTimeout}}};
+    for (const auto& [box, action] : flips)
+        connect(box, &QCheckBox::clicked, this, action);
+}
+
+void AppDelegate::connectPreferenceChoices()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    for (QRadioButton* colour : {w->whiteButton(), w->blackButton()})
+        connect(colour, &QRadioButton::clicked, this, [this, colour] {
+            colorChanged(colour->objectName() == QLatin1String("whiteButton")
+                             ? QStringLiteral("White")
+                             : QStringLiteral("Black"));
+        });
+    for (QRadioButton* button : w->lockAnimations())
+        connect(button, &QRadioButton::clicked, this,
+                [this, button] { lockAnimationPressed(button); });
+    for (QRadioButton* button : w->unlockAnimations())
+        connect(button, &QRadioButton::clicked, this,
+                [this, button] { unlockAnimationPressed(button); });
+    const std::array<void (AppDelegate::*)(), 6> lockImages{&AppDelegate::redLock,
+                                                            &AppDelegate::blueLock,
+                                                            &AppDelegate::blackLock,
+                                                            &AppDelegate::whiteMinimalLockImage,
+                                                            &AppDelegate::blackMinimalLockImage,
+                                                            &AppDelegate::customLockImage};
+    connect(w->lockSelector(), &QComboBox::activated, this,
+            [this, lockImages](int index) { (this->*lockImages.at(index))(); });
+    const std::array<void (AppDelegate::*)(), 4> backgrounds{
+        &AppDelegate::desktopBackground, &AppDelegate::brushedMetal,
+        &AppDelegate::customBackgroundImage, &AppDelegate::clearBackground};
+    connect(w->backgroundSelector(), &QComboBox::activated, this,
+            [this, backgrounds](int index) { (this->*backgrounds.at(index))(); });
+    // The menus' items are in the order of the hot key's modifier tags; the third has no "none".
+    connect(w->firstShortcutModifier(), &QComboBox::activated, this,
+            &AppDelegate::firstShortcutModifier);
+    connect(w->secondShortcutModifier(), &QComboBox::activated, this,
+            &AppDelegate::secondShortcutModifier);
+    connect(w->thirdShortcutModifier(), &QComboBox::activated, this,
+            [this](int index) { thirdShortcutModifier(index + 1); });
+}
+
+void AppDelegate::openPreferences()
+{
+    PreferencesWindow::Fill extra;
+    extra.noBattery = m_noBattery;
+    // The daily lock time is read from disk, not from memory.
+    extra.dailyLockDate = m_settingsStore.load().dateValue(Keys::date);
+    preferencesOpened = true;
+    {
+        const QSignalBlocker quiet(m_preferencesWindow->wiggleScreenSlider());
+        m_preferencesWindow->fill(m_preferences, extra);
+    }
+    m_preferencesWindow->show();
+    m_preferencesWindow->raise();
+    m_preferencesWindow->activateWindow();
+}
+
+void AppDelegate::generalPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->generalView(), QStringLiteral("General"));
+}
+
+void AppDelegate::imagesPressed()
+{
+    PreferencesWindow* w = m_preferencesWindow.get();
+    w->setSelectedItemIdentifier(QStringLiteral("Appearance"));
+    w->showPane(w->appearanceView(), QStringLiteral("Appearance"));
+    w->showLockImageChoice(m_preferences.lockImageType);
+    w->showBackgroundChoice(m_preferences.backgroundType);
+}
+
+void AppDelegate::animationsPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->animationsView(),
+                                  QStringLiteral("Animations"));
+}
+
+void AppDelegate::passwordPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->securityView(), QStringLiteral("Security"));
+}
+
+void AppDelegate::shortcutsPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->shortcutsView(),
+                                  QStringLiteral("Shortcuts"));
+}
+
+void AppDelegate::remoteLockPressed()
+{
+    m_preferencesWindow->showPane(m_preferencesWindow->remoteLockView(),
+                                  QStringLiteral("Remote Lock"));
+}
+
+void AppDelegate::setPreferencesSize(QWidget* pane)
+{
+    m_preferencesWindow->setPreferencesSize(pane);
+}
+
+void AppDelegate::closePreferences()
+{
+    m_preferencesWindow->close();
+}
+
+bool AppDelegate::isPreferencesOpened()
+{
+    return preferencesOpened;
+}
+
+void AppDelegate::preferencesAlreadyOpened()
+{
+    preferencesOpened = false;
+}
+
+void AppDelegate::openAbout()
+{
+    // Parented so that it goes with the program; it closes and deletes itself on its own.
+    auto* about = new AboutWindow(m_preferencesWindow.get());
+    connect(about, &AboutWindow::usersSiteRequested, this, &AppDelegate::openUsersSite);
+    about->show();
+    about->raise();
+    about->activateWindow();
+}
+
+void AppDelegate::openHelp()
+{
+    m_help->show();
+    m_help->raise();
+    m_help->activateWindow();
+}
+
+#ifndef TESSARINE_SITE
+#error "TESSARINE_SITE, the program's web site, is set by the build (CMakeLists.txt)"
+#endif
+
+QUrl AppDelegate::usersSite()
+{
+    // The site is chosen when building (TESSARINE_SITE); a trailing slash is not doubled.
+    QString site = QStringLiteral(TESSARINE_SITE);
+    while (site.endsWith(QLatin1Char('/')))
+        site.chop(1);
+    return QUrl(site + QStringLiteral("/Users"));
+}
+
+void AppDelegate::openUsersSite()
+{
+    // The desktop's own handler (xdg-open on X11); a failure is the desktop's to report.
+    QDesktopServices::openUrl(usersSite());
+}
