@@ -59,7 +59,7 @@ public:
     // --- Lock session ---------------------------------------------------------------------
     void lock();
     void unlock();
-    // Another locker came up: ours gives way.
+    // Another locker says it came up: ours stays, since the announcement cannot be trusted.
     void screenLocked();
     void simulateClick();
     // The pointer moved on the lock screen.

@@ -134,7 +134,7 @@ void AppDelegate::applicationDidChangeScreenParameters()
     const bool covering = isLockActive() && !m_session->isClosing();
     m_background->applicationDidChangeScreenParameters(covering);
     if (covering)
-        m_platform.shield.keepAbove(m_session->windows());
+        m_session->keepWindowsAbove();
 }
 
 void AppDelegate::updateIconPositions(bool force)
@@ -487,4 +487,3 @@ void AppDelegate::getPreviousBrightness()
 {
     m_displayPower->getPreviousBrightness();
 }
-

@@ -35,8 +35,14 @@ LockSession::LockSession(Services services, const Preferences& preferences,
       m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
       m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
       m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler),
-      m_pressSettling(services.scheduler)
+      m_grabRefresh(services.scheduler), m_pressSettling(services.scheduler)
 {
+    // A grab another client took from us (by unmapping the lock window, say) is asked for again
+    // at once, and retried while someone else holds it.
+    m_services.shield.onHoldLost([this] {
+        if (m_lockActive && !m_closing)
+            holdGrabs();
+    });
 }
 
 LockSession::~LockSession() = default;
@@ -49,6 +55,19 @@ bool LockSession::getUnlocking() const
 QList<QWidget*> LockSession::windows() const
 {
     return QList<QWidget*>{&m_window} + m_widgets.background.coverWindows();
+}
+
+QList<QWidget*> LockSession::shieldedWindows() const
+{
+    QList<QWidget*> shielded;
+    if (m_circuit)
+        shielded.append(m_circuit.get());
+    return shielded + windows();
+}
+
+void LockSession::keepWindowsAbove()
+{
+    m_services.shield.keepAbove(shieldedWindows());
 }
 
 QRect LockSession::firstScreen() const
@@ -126,8 +145,13 @@ void LockSession::takeKeyboardFirst(const QRect& screen)
     const bool slides = m_preferences.startAnimation != 0;
     m_window.move(slides ? screen.topLeft() - QPoint(0, screen.height()) : screen.topLeft());
     m_window.show();
-    m_services.shield.keepAbove(windows());
+    keepWindowsAbove();
+    // Security: the pointer is held from the first moment too, so that no click reaches the
+    // desktop while the lock screen slides or fades in; the click that gives the lock the
+    // desktop's focus still waits for kiosk mode.
+    m_wantPointer = true;
     holdGrabs();
+    m_grabRefresh.armRepeating(grabRefreshInterval, [this] { refreshGrabs(); });
 }
 
 void LockSession::addWidgets()
@@ -210,7 +234,7 @@ void LockSession::makeWindowKey()
     // Shown and grabbed in one turn of the event loop: the grab request reaches the X server
     // right behind the map, before the first paint of a whole-screen window can delay it.
     m_window.show();
-    m_services.shield.keepAbove(windows());
+    keepWindowsAbove();
     // Taken as the lock opened; a retry under way goes on by itself.
     if (!m_grabRetry.isArmed())
         holdGrabs();
@@ -267,6 +291,18 @@ void LockSession::holdGrabs()
     m_grabRetry.arm(grabRetryFast, [this] { retryGrabs(); });
 }
 
+void LockSession::refreshGrabs()
+{
+    // A retry under way asks the server anyway.
+    if (!m_lockActive || m_closing || m_grabRetry.isArmed())
+        return;
+    // Security: nothing announces every way a grab can be lost (a window made unviewable and
+    // mapped again between two events, say), so the server is asked again now and then. Only
+    // while a lock lasts: in the tray the program does not wake up.
+    if (!m_services.shield.refreshGrabs())
+        holdGrabs();
+}
+
 void LockSession::retryGrabs()
 {
     if (!m_lockActive)
@@ -296,7 +332,7 @@ void LockSession::showCircuitWindow()
     m_circuit->show();
     // Beneath the lock window: a nudge uncovers the picture, not the desktop.
     m_window.raise();
-    m_services.shield.keepAbove(windows());
+    keepWindowsAbove();
 }
 
 void LockSession::simulateClick()
@@ -330,6 +366,7 @@ void LockSession::unlock()
     m_kioskCall.invalidate();
     m_circuitCall.invalidate();
     m_grabRetry.invalidate();
+    m_grabRefresh.invalidate();
     m_wantPointer = false;
     notifyKeyboardWaiters(); // nothing more to wait for
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees
@@ -347,7 +384,11 @@ void LockSession::unlock()
 
 void LockSession::screenLocked()
 {
-    unlock();
+    // Security: any program of the session can own the screen saver's bus name and announce a
+    // locker, and nothing tells a real one from a forgery, so the announcement never ends this
+    // lock: only the password does. The user unlocks both.
+    if (m_lockActive && !m_closing)
+        Log::line(QString::fromLatin1(otherLockerLine));
 }
 
 void LockSession::closeWindow()

@@ -64,6 +64,8 @@ public:
         "Your background image could not be loaded, please make sure it is in your pictures "
         "folder.";
 
+    static constexpr const char* otherLockerLine =
+        "Another screen locker says it came up; this lock stays until its password is typed.";
     static constexpr const char* optionsError =
         "Error.  Make sure you have a valid combination of options.";
     static constexpr std::chrono::milliseconds openingDuration{400};
@@ -76,6 +78,8 @@ public:
     static constexpr std::chrono::milliseconds grabRetrySlow{250};
     static constexpr std::chrono::milliseconds grabRetryFastFor{1000};
     static constexpr std::chrono::milliseconds pressSettlingTime{100};
+    // How often a lock asks the X server again for its grabs and puts its windows back on top.
+    static constexpr std::chrono::milliseconds grabRefreshInterval{1000};
 
     LockSession(Services services, const Preferences& preferences, DisplayPower& displayPower,
                 LockWindow& window, LockScreenViews& views, Widgets widgets);
@@ -83,7 +87,8 @@ public:
 
     void lock();
     void unlock();
-    // Another locker came up: the desktop is given back to it, without a password.
+    // Another locker says it came up. The lock stays: such an announcement cannot be told from a
+    // forgery, so it is only written to the log.
     void screenLocked();
 
     void openWindow();
@@ -119,11 +124,17 @@ public:
     QWidget* circuitWindow() const { return m_circuit.get(); }
     // Every lock window; the primary one first.
     QList<QWidget*> windows() const;
+    // What the shield keeps mapped and on top, bottom to top: the circuit window beneath the
+    // primary lock window (a nudge uncovers it, never another window), then the lock windows.
+    QList<QWidget*> shieldedWindows() const;
+    // Shielded windows again after they changed (a display added, the circuit window shown).
+    void keepWindowsAbove();
 
 private:
     bool tryGrabs();
     void holdGrabs();
     void retryGrabs();
+    void refreshGrabs();
     void tearDownViews();
     void notifyKeyboardWaiters();
     void takeKeyboardFirst(const QRect& screen);
@@ -154,6 +165,7 @@ private:
     TimerSlot m_closeCall;
     TimerSlot m_unActiveCall;
     TimerSlot m_grabRetry;
+    TimerSlot m_grabRefresh;
     TimerSlot m_pressSettling;
     bool m_pressHeld = false;
     std::unique_ptr<QWidget> m_circuit;

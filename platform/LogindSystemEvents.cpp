@@ -18,8 +18,8 @@ LogindSystemEvents::LogindSystemEvents(QObject* parent) : SystemEvents(parent)
     if (m_available)
         system.connect(logind, logindPath, manager, QStringLiteral("PrepareForSleep"), this,
                        SLOT(prepareForSleep(bool)));
-    // Security: only the program that owns the screen saver's name may say a locker came up;
-    // the bus checks the sender, so any other client's signal of the same shape is ignored.
+    // Only the owner of the screen saver's name is heard, but any program of the session can
+    // own that name: what it says is only written to the log, it never ends a lock.
     QDBusConnection::sessionBus().connect(QStringLiteral("org.freedesktop.ScreenSaver"),
                                           QStringLiteral("/org/freedesktop/ScreenSaver"),
                                           QStringLiteral("org.freedesktop.ScreenSaver"),

@@ -2,6 +2,8 @@
 
 #include <QList>
 
+#include <functional>
+
 class QWidget;
 
 // What keeps a lock screen in front: the keyboard and pointer grabs, raising, and watching for
@@ -20,10 +22,19 @@ public:
     virtual bool makeKey(QWidget* window) = 0;
     virtual bool grabPointer(QWidget* window) = 0;
     virtual void releaseGrabs() = 0;
+    // What the X server answered to the last grab request: a grab that was taken away (the
+    // window unmapped by another client, say) reads false once it has been noticed.
     virtual bool holdsKeyboard() const = 0;
     virtual bool holdsPointer() const = 0;
-    // While the list is not empty, these windows are raised again whenever another window is
-    // mapped or restacked above them. An empty list stops watching.
+    // Asks the server again for every grab that is wanted and puts the windows back on top;
+    // true when every wanted grab is held. Called on a slow timer while locked, since nothing
+    // announces a grab that was lost to a window made unviewable behind our back.
+    virtual bool refreshGrabs() = 0;
+    // Called when a wanted grab was lost and could not be taken back at once.
+    virtual void onHoldLost(std::function<void()> callback) = 0;
+    // While the list is not empty, these windows, listed bottom to top, stay mapped and above
+    // every other window: they are mapped and raised again whenever another client maps,
+    // restacks, unmaps or destroys a window. An empty list stops watching.
     virtual void keepAbove(const QList<QWidget*>& windows) = 0;
 };
 

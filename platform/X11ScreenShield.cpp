@@ -3,24 +3,14 @@
 #include "platform/QtXcb.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
-#include <QScreen>
 #include <QWindow>
 
-#include <xcb/xtest.h>
-
-#include <cstdlib>
-#include <memory>
+#include <algorithm>
+#include <vector>
 
 namespace {
 
 using QtXcb::Reply;
-
-xcb_connection_t* qtConnection()
-{
-    return QtXcb::connection();
-}
-
 using QtXcb::rootOf;
 
 xcb_window_t nativeId(QWidget* window)
@@ -31,7 +21,7 @@ xcb_window_t nativeId(QWidget* window)
 } // namespace
 
 X11ScreenShield::X11ScreenShield()
-    : m_connection(qtConnection()), m_guard(m_connection), m_keyboardRelease(m_connection)
+    : m_connection(QtXcb::connection()), m_guard(m_connection), m_keyboardRelease(m_connection)
 {
     if (m_connection)
         m_root = rootOf(m_connection);
@@ -40,6 +30,32 @@ X11ScreenShield::X11ScreenShield()
 X11ScreenShield::~X11ScreenShield()
 {
     keepAbove({});
+}
+
+bool X11ScreenShield::grabKeyboardNow()
+{
+    if (!m_keyWindow)
+        return false;
+    Reply<xcb_grab_keyboard_reply_t> reply(xcb_grab_keyboard_reply(
+        m_connection,
+        xcb_grab_keyboard(m_connection, 0, nativeId(m_keyWindow), XCB_CURRENT_TIME,
+                          XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+        nullptr));
+    return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+}
+
+bool X11ScreenShield::grabPointerNow()
+{
+    if (!m_pointerWindow)
+        return false;
+    const uint16_t events =
+        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
+    Reply<xcb_grab_pointer_reply_t> reply(xcb_grab_pointer_reply(
+        m_connection,
+        xcb_grab_pointer(m_connection, 0, nativeId(m_pointerWindow), events, XCB_GRAB_MODE_ASYNC,
+                         XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
+        nullptr));
+    return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
 
 bool X11ScreenShield::makeKey(QWidget* window)
@@ -51,21 +67,14 @@ bool X11ScreenShield::makeKey(QWidget* window)
     }
     const xcb_window_t id = nativeId(window);
     m_keyWindow = window;
+    m_keyboardWanted = true;
     // The grab of the last lock, still waiting for its keys to come up, is taken over below.
     m_keyboardRelease.cancel();
     const uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(m_connection, id, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     // The keyboard first: from the moment the grab succeeds every key goes to the lock, whatever
     // window has the focus. The focus follows, for the widgets that look at it.
-    const auto grabKeyboard = [this, id] {
-        Reply<xcb_grab_keyboard_reply_t> reply(
-            xcb_grab_keyboard_reply(m_connection,
-                                    xcb_grab_keyboard(m_connection, 0, id, XCB_CURRENT_TIME,
-                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-                                    nullptr));
-        return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
-    };
-    m_keyboardGrabbed = grabKeyboard();
+    m_keyboardGrabbed = grabKeyboardNow();
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
     window->raise();
@@ -74,7 +83,7 @@ bool X11ScreenShield::makeKey(QWidget* window)
     // and focused, it lets go, and the grab is taken again at once. Keys typed in between go to
     // the focused lock window.
     if (!m_keyboardGrabbed && m_guard.askHolderToRelease())
-        m_keyboardGrabbed = grabKeyboard();
+        m_keyboardGrabbed = grabKeyboardNow();
     // Started once the keyboard is ours, so that it never delays the grab.
     if (m_keyboardGrabbed)
         m_guard.watch();
@@ -85,14 +94,9 @@ bool X11ScreenShield::grabPointer(QWidget* window)
 {
     if (!m_connection)
         return false;
-    const uint16_t events =
-        XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
-    Reply<xcb_grab_pointer_reply_t> reply(xcb_grab_pointer_reply(
-        m_connection,
-        xcb_grab_pointer(m_connection, 0, nativeId(window), events, XCB_GRAB_MODE_ASYNC,
-                         XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME),
-        nullptr));
-    m_pointerGrabbed = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    m_pointerWindow = window;
+    m_pointerWanted = true;
+    m_pointerGrabbed = grabPointerNow();
     return m_pointerGrabbed;
 }
 
@@ -100,6 +104,9 @@ void X11ScreenShield::releaseGrabs()
 {
     if (!m_connection)
         return;
+    // No longer wanted: the unmaps and focus changes that follow are our own.
+    m_keyboardWanted = false;
+    m_pointerWanted = false;
     // Told first: the guard then lets every later press go on to where it was going.
     m_guard.unlocked();
     xcb_ungrab_pointer(m_connection, XCB_CURRENT_TIME);
@@ -111,6 +118,26 @@ void X11ScreenShield::releaseGrabs()
     xcb_flush(m_connection);
     m_keyboardGrabbed = false;
     m_pointerGrabbed = false;
+}
+
+bool X11ScreenShield::refreshGrabs()
+{
+    if (!m_connection)
+        return false;
+    restoreWindows();
+    // Asking again for a grab we hold succeeds and changes nothing; a grab the server dropped is
+    // taken back, or found held by someone else.
+    if (m_keyboardWanted)
+        m_keyboardGrabbed = grabKeyboardNow();
+    if (m_pointerWanted)
+        m_pointerGrabbed = grabPointerNow();
+    return m_keyboardGrabbed == m_keyboardWanted && m_pointerGrabbed == m_pointerWanted;
+}
+
+void X11ScreenShield::regrab()
+{
+    if (!refreshGrabs() && m_holdLost)
+        m_holdLost();
 }
 
 void X11ScreenShield::keepAbove(const QList<QWidget*>& windows)
@@ -143,17 +170,23 @@ void X11ScreenShield::watchRoot(bool watch)
     m_watchingRoot = watch;
 }
 
-bool X11ScreenShield::isOurs(xcb_window_t window) const
+QWidget* X11ScreenShield::ourWidget(xcb_window_t window) const
 {
     for (const QPointer<QWidget>& widget : m_above) {
         if (widget && widget->internalWinId() == window)
-            return true;
+            return widget;
     }
-    return false;
+    return nullptr;
+}
+
+bool X11ScreenShield::isOurs(xcb_window_t window) const
+{
+    return ourWidget(window) != nullptr;
 }
 
 void X11ScreenShield::raiseAll()
 {
+    // In list order, so that the last window of the list ends on top.
     const uint32_t above = XCB_STACK_MODE_ABOVE;
     for (const QPointer<QWidget>& widget : m_above) {
         if (widget && widget->internalWinId())
@@ -163,16 +196,67 @@ void X11ScreenShield::raiseAll()
     xcb_flush(m_connection);
 }
 
+bool X11ScreenShield::restoreWindows()
+{
+    // Only the windows we show: one hidden by the program itself stays hidden.
+    std::vector<xcb_window_t> wanted;
+    for (const QPointer<QWidget>& widget : m_above) {
+        if (widget && widget->isVisible() && widget->internalWinId())
+            wanted.push_back(static_cast<xcb_window_t>(widget->internalWinId()));
+    }
+    if (wanted.empty() || !m_connection)
+        return false;
+    // One round trip: the stacking order and every window's map state, asked together.
+    const xcb_query_tree_cookie_t treeCookie = xcb_query_tree(m_connection, m_root);
+    std::vector<xcb_get_window_attributes_cookie_t> cookies;
+    for (xcb_window_t window : wanted)
+        cookies.push_back(xcb_get_window_attributes(m_connection, window));
+    bool remapped = false;
+    for (size_t i = 0; i < wanted.size(); ++i) {
+        Reply<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(m_connection, cookies[i], nullptr));
+        if (attributes && attributes->map_state == XCB_MAP_STATE_UNMAPPED) {
+            xcb_map_window(m_connection, wanted[i]);
+            remapped = true;
+        }
+    }
+    Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_connection, treeCookie, nullptr));
+    bool onTop = false;
+    if (tree) {
+        const xcb_window_t* children = xcb_query_tree_children(tree.get());
+        const size_t count = size_t(xcb_query_tree_children_length(tree.get()));
+        onTop = count >= wanted.size() &&
+                std::equal(wanted.begin(), wanted.end(), children + (count - wanted.size()));
+    }
+    if (remapped || !onTop)
+        raiseAll();
+    xcb_flush(m_connection);
+    return remapped;
+}
+
+void X11ScreenShield::rebuildDestroyed(QWidget* widget)
+{
+    // The X server destroyed the window under Qt's feet: Qt's handle for it is let go (its own
+    // destroy request then fails harmlessly) and the widget is shown again in a new window.
+    if (QWindow* handle = widget->windowHandle())
+        handle->destroy();
+    widget->show();
+    xcb_flush(m_connection);
+}
+
 // Security: another client's window that is mapped, or moved in the stacking order, may now lie
-// above the lock (a notification popup, a window that raises itself, an override-redirect menu).
-// The lock windows are put back on top at once, in the same turn of the event loop.
+// above the lock (a notification popup, a window that raises itself, an override-redirect menu);
+// and any client may unmap, lower or destroy our own windows, which also makes the server drop
+// the grabs held for them. What was taken is put back at once, in the same turn of the event
+// loop: the windows mapped and raised again, the grabs taken again.
 bool X11ScreenShield::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)
 {
-    if (eventType != "xcb_generic_event_t" || m_above.isEmpty())
+    if (eventType != "xcb_generic_event_t" || m_above.isEmpty() || m_restoring)
         return false;
     auto* event = static_cast<xcb_generic_event_t*>(message);
     switch (event->response_type & 0x7f) {
     case XCB_MAP_NOTIFY: {
+        // A window just mapped at the root lies above every other.
         auto* map = reinterpret_cast<xcb_map_notify_event_t*>(event);
         if (map->event == m_root && !isOurs(map->window))
             raiseAll();
@@ -180,14 +264,43 @@ bool X11ScreenShield::nativeEventFilter(const QByteArray& eventType, void* messa
     }
     case XCB_CONFIGURE_NOTIFY: {
         auto* configure = reinterpret_cast<xcb_configure_notify_event_t*>(event);
-        if (configure->event == m_root && !isOurs(configure->window))
-            raiseAll();
+        if (configure->event == m_root)
+            restoreWindows();
         break;
     }
     case XCB_CIRCULATE_NOTIFY: {
         auto* circulate = reinterpret_cast<xcb_circulate_notify_event_t*>(event);
-        if (circulate->event == m_root && !isOurs(circulate->window))
-            raiseAll();
+        if (circulate->event == m_root)
+            restoreWindows();
+        break;
+    }
+    case XCB_UNMAP_NOTIFY: {
+        auto* unmap = reinterpret_cast<xcb_unmap_notify_event_t*>(event);
+        if (unmap->event == m_root && isOurs(unmap->window) && restoreWindows())
+            regrab();
+        break;
+    }
+    case XCB_DESTROY_NOTIFY: {
+        auto* destroy = reinterpret_cast<xcb_destroy_notify_event_t*>(event);
+        if (destroy->event != m_root)
+            break;
+        if (QWidget* widget = ourWidget(destroy->window)) {
+            m_restoring = true;
+            rebuildDestroyed(widget);
+            m_restoring = false;
+            restoreWindows();
+            regrab();
+        }
+        break;
+    }
+    case XCB_FOCUS_OUT: {
+        // The keyboard grab ended without our asking (its window became unviewable): taken back.
+        auto* focus = reinterpret_cast<xcb_focus_out_event_t*>(event);
+        if (focus->mode == XCB_NOTIFY_MODE_UNGRAB && m_keyboardWanted && m_keyWindow &&
+            focus->event == m_keyWindow->internalWinId()) {
+            restoreWindows();
+            regrab();
+        }
         break;
     }
     case XCB_FOCUS_IN:
@@ -213,39 +326,4 @@ bool X11ScreenShield::keepFocus(const xcb_focus_in_event_t& focus)
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, key, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
     return true;
-}
-
-void X11PointerInjector::clickTopLeftAndMoveBack()
-{
-    xcb_connection_t* connection = qtConnection();
-    if (!connection)
-        return;
-    const xcb_window_t root = rootOf(connection);
-    Reply<xcb_query_pointer_reply_t> pointer(
-        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, root), nullptr));
-    const int16_t x = pointer ? pointer->root_x : 0;
-    const int16_t y = pointer ? pointer->root_y : 0;
-    // The primary display's top-left corner, in the root window's pixels.
-    QPoint corner;
-    if (const QScreen* primary = QGuiApplication::primaryScreen())
-        corner = primary->geometry().topLeft() * primary->devicePixelRatio();
-    xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, root,
-                        int16_t(corner.x()), int16_t(corner.y()), 0);
-    xcb_test_fake_input(connection, XCB_BUTTON_PRESS, 1, XCB_CURRENT_TIME, root, 0, 0, 0);
-    xcb_test_fake_input(connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, root, x, y, 0);
-    xcb_flush(connection);
-    m_pressed = true;
-}
-
-void X11PointerInjector::releasePressedButton()
-{
-    if (!m_pressed)
-        return;
-    xcb_connection_t* connection = qtConnection();
-    if (!connection)
-        return;
-    xcb_test_fake_input(connection, XCB_BUTTON_RELEASE, 1, XCB_CURRENT_TIME, rootOf(connection), 0,
-                        0, 0);
-    xcb_flush(connection);
-    m_pressed = false;
 }

@@ -31,12 +31,14 @@ public:
     bool makeKey(QWidget*) override
     {
         ++makeKeyCalls;
+        keyboardWanted = true;
         keyboard = keyboardFree;
         return keyboard;
     }
     bool grabPointer(QWidget*) override
     {
         ++pointerCalls;
+        pointerWanted = true;
         pointer = pointerFree;
         return pointer;
     }
@@ -44,10 +46,30 @@ public:
     {
         ++releases;
         keyboard = pointer = false;
+        keyboardWanted = pointerWanted = false;
     }
     bool holdsKeyboard() const override { return keyboard; }
     bool holdsPointer() const override { return pointer; }
+    bool refreshGrabs() override
+    {
+        ++refreshes;
+        keyboard = keyboardWanted && keyboardFree;
+        pointer = pointerWanted && pointerFree;
+        return keyboard == keyboardWanted && pointer == pointerWanted;
+    }
+    void onHoldLost(std::function<void()> callback) override { holdLost = std::move(callback); }
+    // Another client took a grab away (the lock window unmapped behind the program's back).
+    void loseGrabs()
+    {
+        keyboard = pointer = false;
+        if (holdLost)
+            holdLost();
+    }
     void keepAbove(const QList<QWidget*>& windows) override { above = windows; }
+    int refreshes = 0;
+    bool keyboardWanted = false;
+    bool pointerWanted = false;
+    std::function<void()> holdLost;
 };
 
 class FakePointer final : public PointerInjector

@@ -130,7 +130,7 @@ private slots:
         StartedProgram program(library.folder());
         program.delegate->lock();
         program.scheduler.advance(0ms);
-        program.delegate->screenLocked();                 // ends without a key
+        program.delegate->unlock();                       // ends without a key
         QCOMPARE(*program.brightness.brightness(), 0.0f); // not restored by the unlock
         QVERIFY(program.delegate->displayPower()->displayDimmed());
         program.brightness.set(0.5f);

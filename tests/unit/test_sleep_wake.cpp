@@ -92,7 +92,7 @@ private slots:
         QCOMPARE(program.pointer.clicks, clicks + 1);
     }
 
-    void anotherLockerEndsOurs()
+    void anotherLockerLeavesOursInPlace()
     {
         TestLibrary library;
         library.configure("<key>closeAnimation</key><integer>0</integer>");
@@ -100,7 +100,10 @@ private slots:
         program.delegate->lock();
         program.scheduler.advance(1s);
         program.system.otherLocker();
-        QVERIFY(!program.delegate->isLockActive());
+        program.scheduler.advance(1s);
+        QVERIFY(program.delegate->isLockActive());
+        QVERIFY(program.delegate->getLocked());
+        QVERIFY(program.shield.keyboard && program.shield.pointer);
     }
 
     void withoutTheLoginManagerTheProgramRuns()
