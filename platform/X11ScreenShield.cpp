@@ -240,6 +240,7 @@ void X11ScreenShield::rebuildDestroyed(QWidget* widget)
     // destroy request then fails harmlessly) and the widget is shown again in a new window.
     if (QWindow* handle = widget->windowHandle())
         handle->destroy();
+    widget->hide();
     widget->show();
     xcb_flush(m_connection);
 }
