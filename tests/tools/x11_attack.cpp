@@ -71,8 +71,7 @@ void idleUntilStopped(xcb_connection_t* c, const char* keysFile)
 uint32_t pixelAt(xcb_connection_t* c, xcb_window_t root, int x, int y)
 {
     auto* image = xcb_get_image_reply(
-        c,
-        xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, root, int16_t(x), int16_t(y), 1, 1, ~0u),
+        c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, root, int16_t(x), int16_t(y), 1, 1, ~0u),
         nullptr);
     uint32_t pixel = 0xffffffff;
     if (image && xcb_get_image_data_length(image) >= 4)
@@ -128,11 +127,11 @@ int main(int argc, char** argv)
         const xcb_window_t window =
             mapOverrideRedirect(c, screen, 10, 10, 200, 200, 0x00ff00,
                                 XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_BUTTON_PRESS);
-        auto* keyboard = xcb_grab_keyboard_reply(
-            c,
-            xcb_grab_keyboard(c, 0, window, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
-                              XCB_GRAB_MODE_ASYNC),
-            nullptr);
+        auto* keyboard =
+            xcb_grab_keyboard_reply(c,
+                                    xcb_grab_keyboard(c, 0, window, XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr);
         auto* pointer = xcb_grab_pointer_reply(
             c,
             xcb_grab_pointer(c, 0, window, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
