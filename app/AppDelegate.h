@@ -69,6 +69,8 @@ public:
     void lockAppleScript();
     bool isLockActive() const;
     bool getLocked() const;
+    // Whether the X server says the lock holds both keyboard and pointer.
+    bool holdsInput() const;
     bool getUnlocking() const;
 
     // --- Sleep and wake -------------------------------------------------------------------

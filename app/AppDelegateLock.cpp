@@ -86,6 +86,11 @@ void AppDelegate::pointerMoved()
     m_session->pointerMoved();
 }
 
+bool AppDelegate::holdsInput() const
+{
+    return m_session->holdsInput();
+}
+
 void AppDelegate::lockAppleScript()
 {
     lock();

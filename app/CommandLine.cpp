@@ -133,20 +133,27 @@ int CommandLine::send(const Request& request, std::string& errors)
     // Tessarine for the call; otherwise the call fails with ServiceUnknown.
     const bool lock = request.action == Action::Lock;
     Message call;
-    call.message = dbus_message_new_method_call(serviceName, objectPath,
-                                                "org.freedesktop.DBus.Properties", "Set");
-    const char* interface = interfaceName;
-    const char* property = lock ? "lock" : "mail";
-    const dbus_int32_t value = lock ? 1 : request.mailCount;
-    DBusMessageIter arguments;
-    DBusMessageIter variant;
-    dbus_message_iter_init_append(call.message, &arguments);
-    dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &interface);
-    dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &property);
-    dbus_message_iter_open_container(&arguments, DBUS_TYPE_VARIANT, DBUS_TYPE_INT32_AS_STRING,
-                                     &variant);
-    dbus_message_iter_append_basic(&variant, DBUS_TYPE_INT32, &value);
-    dbus_message_iter_close_container(&arguments, &variant);
+    if (lock) {
+        // The lock method, not a write of `lock`: its answer says whether the lock holds the
+        // keyboard and the pointer.
+        call.message =
+            dbus_message_new_method_call(serviceName, objectPath, interfaceName, "lockScreen");
+    } else {
+        call.message = dbus_message_new_method_call(serviceName, objectPath,
+                                                    "org.freedesktop.DBus.Properties", "Set");
+        const char* interface = interfaceName;
+        const char* property = "mail";
+        const dbus_int32_t value = request.mailCount;
+        DBusMessageIter arguments;
+        DBusMessageIter variant;
+        dbus_message_iter_init_append(call.message, &arguments);
+        dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &interface);
+        dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &property);
+        dbus_message_iter_open_container(&arguments, DBUS_TYPE_VARIANT, DBUS_TYPE_INT32_AS_STRING,
+                                         &variant);
+        dbus_message_iter_append_basic(&variant, DBUS_TYPE_INT32, &value);
+        dbus_message_iter_close_container(&arguments, &variant);
+    }
     Message reply;
     reply.message =
         dbus_connection_send_with_reply_and_block(connection.bus, call.message, 5000, &error.error);

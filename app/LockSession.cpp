@@ -57,6 +57,12 @@ QList<QWidget*> LockSession::windows() const
     return QList<QWidget*>{&m_window} + m_widgets.background.coverWindows();
 }
 
+bool LockSession::holdsInput() const
+{
+    return m_lockActive && !m_closing && m_services.shield.holdsKeyboard() &&
+           m_services.shield.holdsPointer();
+}
+
 QList<QWidget*> LockSession::shieldedWindows() const
 {
     QList<QWidget*> shielded;
@@ -277,6 +283,11 @@ bool LockSession::tryGrabs()
         notifyKeyboardWaiters();
     const bool pointer = !m_wantPointer || m_services.shield.holdsPointer() ||
                          m_services.shield.grabPointer(&m_window);
+    // Said on the lock screen for as long as it lasts: what is typed goes elsewhere meanwhile.
+    if (keyboard && pointer)
+        m_inputHeldNotice.hide();
+    else
+        m_inputHeldNotice.show(&m_window);
     return keyboard && pointer;
 }
 
@@ -367,6 +378,7 @@ void LockSession::unlock()
     m_circuitCall.invalidate();
     m_grabRetry.invalidate();
     m_grabRefresh.invalidate();
+    m_inputHeldNotice.hide();
     m_wantPointer = false;
     notifyKeyboardWaiters(); // nothing more to wait for
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "lockscreen/InputHeldNotice.h"
 #include "platform/Scheduler.h"
 
 #include <QPointer>
@@ -114,6 +115,8 @@ public:
     // The lock is on its way out: still active until its windows are gone.
     bool isClosing() const { return m_lockActive && m_closing; }
     bool getLocked() const { return m_locked; }
+    // A lock under way whose keyboard and pointer grabs the X server has granted.
+    bool holdsInput() const;
     bool getUnlocking() const;
     bool animateWasActiveFlag() const { return m_animateWasActive; }
 
@@ -122,6 +125,7 @@ public:
     TimerSlot& timeoutTimeTimer() { return m_timeoutTimeTimer; }
 
     QWidget* circuitWindow() const { return m_circuit.get(); }
+    const InputHeldNotice& inputHeldNotice() const { return m_inputHeldNotice; }
     // Every lock window; the primary one first.
     QList<QWidget*> windows() const;
     // What the shield keeps mapped and on top, bottom to top: the circuit window beneath the
@@ -169,5 +173,6 @@ private:
     TimerSlot m_pressSettling;
     bool m_pressHeld = false;
     std::unique_ptr<QWidget> m_circuit;
+    InputHeldNotice m_inputHeldNotice;
     std::vector<std::function<void()>> m_keyboardWaiters;
 };

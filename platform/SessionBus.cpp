@@ -20,7 +20,8 @@ SessionBus::Claim SessionBus::claim(QObject* scriptingInterface)
     // The object first, so that whoever sees the name finds the object behind it. Only its
     // scriptable properties, mail and lock (see ScriptingInterface).
     bus.registerObject(QString::fromLatin1(ScriptingInterface::objectPath), scriptingInterface,
-                       QDBusConnection::ExportScriptableProperties);
+                       QDBusConnection::ExportScriptableProperties |
+                           QDBusConnection::ExportScriptableSlots);
     const auto reply = bus.interface()->registerService(
         QString::fromLatin1(ScriptingInterface::serviceName),
         QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);

@@ -1,6 +1,7 @@
 #include "triggers/ScriptingInterface.h"
 
 #include "app/AppDelegate.h"
+#include "platform/Log.h"
 
 ScriptingInterface::ScriptingInterface(AppDelegate& delegate, QObject* parent)
     : QObject(parent), m_delegate(delegate)
@@ -22,5 +23,24 @@ void ScriptingInterface::setMail(int count)
 void ScriptingInterface::setLock(int value)
 {
     if (value == 1)
-        m_delegate.lockAppleScript();
+        lockAndReport();
+}
+
+void ScriptingInterface::lockScreen()
+{
+    if (!lockAndReport() && calledFromDBus())
+        sendErrorReply(QString::fromLatin1(inputHeldElsewhereError),
+                       QString::fromLatin1(inputHeldElsewhereMessage));
+}
+
+bool ScriptingInterface::lockAndReport()
+{
+    m_delegate.lockAppleScript();
+    // The grabs were asked for before the lock request returns: nobody is told that the screen
+    // is locked while another program still holds the keyboard or the pointer. A property write
+    // cannot be answered with an error, so that caller learns it from the log.
+    if (m_delegate.holdsInput())
+        return true;
+    Log::line(QStringLiteral("Locking: ") + QString::fromLatin1(inputHeldElsewhereMessage));
+    return false;
 }

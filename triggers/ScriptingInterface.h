@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusContext>
 #include <QObject>
 
 class AppDelegate;
@@ -11,7 +12,7 @@ class AppDelegate;
 // Security: anything that can talk to the user's session bus can lock the screen this way, as
 // the user's own scripts and an ssh login of the same user are meant to; nothing in this
 // interface unlocks, and mail and lock are the only properties on the bus.
-class ScriptingInterface : public QObject
+class ScriptingInterface : public QObject, protected QDBusContext
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.tessarine.Tessarine")
@@ -25,6 +26,10 @@ public:
     static constexpr const char* serviceName = "org.tessarine.Tessarine";
     static constexpr const char* objectPath = "/org/tessarine/Tessarine";
     static constexpr const char* interfaceName = "org.tessarine.Tessarine";
+    static constexpr const char* inputHeldElsewhereError = "org.tessarine.Tessarine.InputHeld";
+    static constexpr const char* inputHeldElsewhereMessage =
+        "the screen is covered, but another program holds the keyboard or the pointer; the lock "
+        "takes them as soon as that program lets go";
 
     explicit ScriptingInterface(AppDelegate& delegate, QObject* parent = nullptr);
 
@@ -33,10 +38,18 @@ public:
     int lock() const { return 1; }
     void setLock(int value);
 
+public slots:
+    // `tessarine lock`: locks like a write of 1 to `lock`, and answers with an error when the
+    // screen is covered but another program holds the keyboard or the pointer.
+    Q_SCRIPTABLE void lockScreen();
+
 signals:
     // An unread-mail count reported from outside, for the mail badge.
     void mailReported(int count);
 
 private:
+    // Locks; false, said in the log, when the lock does not hold keyboard and pointer.
+    bool lockAndReport();
+
     AppDelegate& m_delegate;
 };
