@@ -353,19 +353,27 @@ void LockSession::simulateClick()
         return;
     m_services.pointer.clickTopLeftAndMoveBack();
     m_pressHeld = true;
-    // The press's own movements arrive in the next moments; only later ones are the user's.
-    m_pressSettling.arm(pressSettlingTime, [] {});
+    // The press is posted alone, as the click is meant to be; but on X a button left down
+    // swallows the user's next press of it, so the press is let go once it has settled, before
+    // a person's first click on the lock screen's controls can arrive.
+    m_pressSettling.arm(pressSettlingTime, [this] { letGoOfPress(); });
+}
+
+void LockSession::letGoOfPress()
+{
+    if (!m_pressHeld)
+        return;
+    m_services.pointer.releasePressedButton();
+    m_pressHeld = false;
 }
 
 void LockSession::pointerMoved()
 {
     if (!m_pressHeld || m_pressSettling.isArmed())
         return;
-    // The user has taken the mouse: the synthetic press is let go, so that a click on the lock
-    // screen's controls arrives whole (on X a button held down swallows the next press of the
-    // same button). The pointer stays grabbed.
-    m_services.pointer.releasePressedButton();
-    m_pressHeld = false;
+    // The user has taken the mouse: the synthetic press is let go at once, so that a click on
+    // the lock screen's controls arrives whole. The pointer stays grabbed.
+    letGoOfPress();
 }
 
 void LockSession::unlock()

@@ -139,6 +139,7 @@ private:
     void holdGrabs();
     void retryGrabs();
     void refreshGrabs();
+    void letGoOfPress();
     void tearDownViews();
     void notifyKeyboardWaiters();
     void takeKeyboardFirst(const QRect& screen);

@@ -111,7 +111,7 @@ private slots:
         library.configure("<key>closeAnimation</key><integer>0</integer>");
         StartedProgram program(library.folder());
         program.delegate->lock();
-        program.scheduler.advance(1s);
+        program.scheduler.advance(450ms);
         QVERIFY(program.pointer.pressed);
         program.delegate->unlock();
         QVERIFY(!program.delegate->isLockActive());
@@ -349,6 +349,21 @@ private slots:
         QCoreApplication::sendEvent(program.delegate->window(), &move);
         QVERIFY(!program.pointer.pressed);
         QVERIFY(program.delegate->getLocked()); // the lock and its grabs stay
+        QVERIFY(program.shield.pointer);
+    }
+
+    void theSyntheticPressIsLetGoBeforeAFirstClickWithoutMovement()
+    {
+        TestLibrary library;
+        library.configure("");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(400ms);
+        QVERIFY(program.pointer.pressed);
+        QCOMPARE(program.pointer.clicks, 1);
+        program.scheduler.advance(100ms);
+        QVERIFY(!program.pointer.pressed);
+        QVERIFY(program.delegate->getLocked());
         QVERIFY(program.shield.pointer);
     }
 
