@@ -295,9 +295,12 @@ bool X11ScreenShield::nativeEventFilter(const QByteArray& eventType, void* messa
         break;
     }
     case XCB_FOCUS_OUT: {
-        // The keyboard grab ended without our asking (its window became unviewable): taken back.
+        // The keyboard grab ended without our asking (its window became unviewable), or another
+        // client took the keyboard: asked for again, and retried while held elsewhere.
         auto* focus = reinterpret_cast<xcb_focus_out_event_t*>(event);
-        if (focus->mode == XCB_NOTIFY_MODE_UNGRAB && m_keyboardWanted && m_keyWindow &&
+        const bool grabChanged =
+            focus->mode == XCB_NOTIFY_MODE_UNGRAB || focus->mode == XCB_NOTIFY_MODE_GRAB;
+        if (grabChanged && m_keyboardWanted && m_keyWindow &&
             focus->event == m_keyWindow->internalWinId()) {
             restoreWindows();
             regrab();
