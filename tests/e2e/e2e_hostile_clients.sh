@@ -2,10 +2,17 @@
 # up, the lock windows unmapped, lowered and destroyed by a second X client, a popup that keeps
 # raising itself, a popup uncovered by the wrong-key nudge, and clicks during the opening slide.
 # After each: keyboard and pointer held, no desktop pixel shown, no key at another window, and
-# the password still unlocks; a new lock still works.
+# the password still unlocks; a new lock still works. Run plainly and under a compositing
+# manager (xcompmgr), which draws what the X stacking order says:
+#   e2e_hostile_clients.sh plain|composited
 set -u
+mode=${1:-plain}
 source "$TESTS_DIR/rig/desktop.sh"
 desktop_start 1280x800 || fail "the desktop did not come up"
+if [ "$mode" = composited ]; then
+    xcompmgr >"$RIG_DIR/xcompmgr.log" 2>&1 &
+    RIG_PIDS+=($!)
+fi
 fake_power_supply
 desktop_colour=#336699
 # Slides in from above, nudges downwards (uncovering a strip at the top) 40 pixels.
