@@ -40,7 +40,7 @@ import -window root "$RIG_DIR/held.png"
 kill "$menu"
 wait "$menu" 2>/dev/null
 wait_until 3 keyboard_grabbed_by_other || fail "the lock did not take the keyboard once free"
-wait_until 3 bash -c '[ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]' ||
+wait_until 3 pointer_grabbed_by_other ||
     fail "the lock did not take the pointer once free"
 sleep 0.3
 import -window root "$RIG_DIR/taken.png"

@@ -31,7 +31,6 @@ give_keyboard "$recorder_window" || fail "the recording window cannot be given t
 xdotool key z
 wait_until 3 grep -q '^key' "$RIG_DIR/keys.txt" || fail "the recording window receives no keys"
 
-pointer_grabbed_by_other() { [ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]; }
 desktop_shows() { # SCREENSHOT-NAME
     import -window root "$RIG_DIR/$1.png"
     [ "$(count_colour "$RIG_DIR/$1.png" "$desktop_colour")" != 0 ]

@@ -19,7 +19,7 @@ xdotool mousemove 640 400
 
 "$TESSARINE" lock || fail "tessarine lock failed"
 wait_until 2 keyboard_grabbed_by_other || fail "the keyboard was not grabbed with no monitor on"
-wait_until 2 bash -c '[ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]' ||
+wait_until 2 pointer_grabbed_by_other ||
     fail "the pointer was not grabbed with no monitor on"
 sleep 0.6
 import -window root "$RIG_DIR/locked.png"

@@ -47,7 +47,6 @@ wait_until 5 busctl --user status "$name" >/dev/null 2>&1 || fail "the bus name 
 pid=$TESSARINE_PID
 
 alive() { [ -d /proc/"$pid" ] && [ "$(ps -o stat= -p "$pid" | cut -c1)" != Z ]; }
-pointer_grabbed_by_other() { [ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]; }
 locked() { keyboard_grabbed_by_other && pointer_grabbed_by_other; }
 dimmed() { [ "$(cat "$RIG_DIR/backlight/panel/brightness")" = 30 ]; }
 bright() { [ "$(cat "$RIG_DIR/backlight/panel/brightness")" = 80 ]; }

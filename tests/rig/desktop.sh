@@ -242,6 +242,7 @@ frame_geometry() {
 
 keyboard_grabbed_by_other() { [ "$("$X11_PROBE" grab-keyboard)" = AlreadyGrabbed ]; }
 keyboard_free() { [ "$("$X11_PROBE" grab-keyboard)" = Success ]; }
+pointer_grabbed_by_other() { [ "$("$X11_PROBE" grab-pointer)" = AlreadyGrabbed ]; }
 pointer_free() { [ "$("$X11_PROBE" grab-pointer)" = Success ]; }
 
 # A second private bus standing in for the system bus, with the fake login manager on it.
