@@ -2,7 +2,10 @@
 
 #include "guard/HandOver.h"
 
+#include <xcb/xtest.h>
+
 #include <fcntl.h>
+#include <limits.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -65,6 +68,8 @@ void Guard::watch()
     const uint32_t rootMask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_connection, m_screen->root, XCB_CW_EVENT_MASK, &rootMask);
     m_cover.holdPassiveGrabs();
+    // The password of this lock, read now and kept (see the class comment).
+    m_password.load();
     if (!watchWindowExists()) {
         // Gone already: unlocked before we were ready (it said so first), or ended.
         if (readControl() && m_ending == Ending::None)
@@ -112,8 +117,10 @@ int Guard::run()
         if (fds[2].revents & POLLIN)
             answerHandOver();
     }
-    if (m_ending == Ending::Unlocked && m_holding)
+    if (m_ending == Ending::Unlocked && m_holding) {
         m_cover.release();
+        releasePressedButtons();
+    }
     return 0;
 }
 
@@ -165,7 +172,10 @@ void Guard::takeOver(const char* why)
     m_keys.reload();
     m_nextGrabTry = m_heldSince + grabRetryFast;
     std::fprintf(stderr, "tessarine-guard: %s; the guard holds the lock\n", why);
-    m_password.load();
+    // Read at the start of the lock already, unless the guard was started holding or the file
+    // could not be read then.
+    if (!m_password.isReadable())
+        m_password.load();
     if (!m_password.isReadable())
         std::fprintf(stderr, "tessarine-guard: the password file cannot be read; only a "
                              "restarted Tessarine can take the lock back\n");
@@ -312,8 +322,9 @@ void Guard::answerHandOver()
     ucred peer{};
     socklen_t length = sizeof(peer);
     std::string request;
-    if (::getsockopt(client, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 &&
-        peer.uid == ::getuid()) {
+    const bool peerKnown = ::getsockopt(client, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 &&
+                           peer.uid == ::getuid();
+    if (peerKnown) {
         pollfd fd{client, POLLIN, 0};
         char buffer[32];
         while (request.find('\n') == std::string::npos && ::poll(&fd, 1, handOverTimeoutMs) > 0) {
@@ -323,7 +334,13 @@ void Guard::answerHandOver()
             request.append(buffer, size_t(n));
         }
     }
-    const bool granted = request == HandOver::releaseRequest && focusIsOnAnotherWindow();
+    std::string refusal = "not asked by a process of this user";
+    if (peerKnown)
+        refusal = request == HandOver::releaseRequest ? handOverRefusal(peer.pid)
+                                                      : "not asked in the hand-over's words";
+    const bool granted = refusal.empty();
+    if (!granted)
+        std::fprintf(stderr, "tessarine-guard: a hand-over was refused: %s\n", refusal.c_str());
     if (granted) {
         m_cover.dropPassiveGrabs();
         m_cover.release();
@@ -348,4 +365,38 @@ bool Guard::focusIsOnAnotherWindow()
     Reply<xcb_get_window_attributes_reply_t> attributes{xcb_get_window_attributes_reply(
         m_connection, xcb_get_window_attributes(m_connection, focus->focus), nullptr)};
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+std::string Guard::handOverRefusal(pid_t pid)
+{
+    // Only the lock screen's own program: a script or another program of the user that writes
+    // the request is not a lock screen.
+    char program[PATH_MAX];
+    const std::string link = "/proc/" + std::to_string(pid) + "/exe";
+    const ssize_t length = ::readlink(link.c_str(), program, sizeof(program) - 1);
+    if (length <= 0 || m_options.lockScreenProgram.empty() ||
+        std::string(program, size_t(length)) != m_options.lockScreenProgram)
+        return "the asking process is not Tessarine";
+    if (!m_password.fileStillMatches())
+        return "the password file no longer holds the password of this lock; type that "
+               "password here";
+    if (!focusIsOnAnotherWindow())
+        return "the asking lock screen has no window with the input focus";
+    return {};
+}
+
+// The lock screen's click that gave it the focus may have left a button pressed when it ended:
+// let go, or the user's next click on the desktop would be swallowed.
+void Guard::releasePressedButtons()
+{
+    Reply<xcb_query_pointer_reply_t> pointer{xcb_query_pointer_reply(
+        m_connection, xcb_query_pointer(m_connection, m_screen->root), nullptr)};
+    if (!pointer)
+        return;
+    for (uint8_t button = 1; button <= 5; ++button) {
+        if (pointer->mask & (XCB_BUTTON_MASK_1 << (button - 1)))
+            xcb_test_fake_input(m_connection, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME,
+                                m_screen->root, 0, 0, 0);
+    }
+    std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
 }

@@ -8,6 +8,8 @@
 
 #include <string>
 
+#include <sys/types.h>
+
 // The guard's life: it watches the lock screen that started it, and if that ends without
 // having unlocked, it holds the display itself until the password is typed or a restarted lock
 // screen takes the lock back.
@@ -17,8 +19,13 @@
 //   holding:  the end of the socket without "unlocked", the watch window destroyed (the lock
 //             screen's X connection is gone), or a press caught while the watch window is gone.
 //
-// Security: nothing but the password, or a hand-over to a lock screen whose window already has
-// the input focus, ends the holding state; signals that end a process by default are ignored.
+// Security: nothing but the password, or a hand-over to a restarted lock screen, ends the holding
+// state; signals that end a process by default are ignored. The password is read when the guard
+// starts, at the start of the lock, and kept: a password file changed or deleted later (before a
+// crash, or before a restart) neither unlocks the guard nor lets a lock screen with another
+// password take the lock back. A hand-over is granted only to a process of the lock screen's own
+// program (checked through the socket's peer credentials), whose window already has the input
+// focus, and while the password file still holds the password of the lock.
 class Guard
 {
 public:
@@ -27,6 +34,9 @@ public:
         std::string libraryFolder;
         xcb_window_t watchWindow = XCB_NONE;
         int controlFd = -1;
+        // The program of the lock screen that started the guard (its /proc/PID/exe): only a
+        // process of the same program may ask for the lock back.
+        std::string lockScreenProgram;
     };
 
     Guard(xcb_connection_t* connection, Options options);
@@ -53,6 +63,9 @@ private:
     void listenForHandOver();
     void answerHandOver();
     bool focusIsOnAnotherWindow();
+    // Why a hand-over asked for by process `pid` is refused; empty when it may be granted.
+    std::string handOverRefusal(pid_t pid);
+    void releasePressedButtons();
     int pollTimeoutMs() const;
     void retryGrabsIfDue();
     void dropPassiveGrabsOnceHeld();

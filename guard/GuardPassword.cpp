@@ -142,6 +142,11 @@ void GuardPassword::load()
     m_lastTime = 0;
 }
 
+bool GuardPassword::fileStillMatches() const
+{
+    return !m_buffer || readPassword(m_libraryFolder + "/settings.plist") == m_buffer;
+}
+
 bool GuardPassword::keyPressed(const std::u16string& key, double now)
 {
     if (!m_buffer) {

@@ -21,6 +21,11 @@ public:
     bool isReadable() const { return m_buffer.has_value(); }
     bool orderMatters() const { return m_orderMatters; }
 
+    // Whether the password file still holds the password read by load; true when none could be
+    // read then. A lock screen that would take the lock back with another password (or none,
+    // the file deleted) must not be handed it.
+    bool fileStillMatches() const;
+
     // One key as the lock screen would feed it; true when the password is now complete.
     bool keyPressed(const std::u16string& key, double now);
 

@@ -46,6 +46,13 @@ int main(int argc, char** argv)
         return 2;
     }
     closeOtherDescriptors();
+    // The lock screen that started us is our parent, alive at this moment: its program is the
+    // only one a hand-over is granted to.
+    char program[4096];
+    const std::string parent = "/proc/" + std::to_string(::getppid()) + "/exe";
+    const ssize_t length = ::readlink(parent.c_str(), program, sizeof(program) - 1);
+    if (length > 0)
+        options.lockScreenProgram.assign(program, size_t(length));
     options.controlFd = ::fcntl(controlDescriptor, F_GETFD) >= 0 ? controlDescriptor : -1;
     // Ended only by the password: the signals a session or a terminal sends on its way out, and
     // a write to a closed socket, do not end it. (SIGKILL cannot be ignored.)

@@ -2,8 +2,10 @@
 
 #include "guard/HandOver.h"
 #include "platform/LibraryFolder.h"
+#include "platform/Log.h"
 
 #include <QFile>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <dlfcn.h>
@@ -17,6 +19,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -81,6 +84,7 @@ GuardProcess::GuardProcess(xcb_connection_t* connection) : m_connection(connecti
 GuardProcess::~GuardProcess()
 {
     // Ending while locked leaves the guard watching: the end of the socket makes it take over.
+    m_guardWatch.reset();
     if (m_control >= 0)
         ::close(m_control);
     reapEnded();
@@ -111,6 +115,33 @@ bool GuardProcess::watch()
     reapEnded();
     if (m_control >= 0 || !m_connection)
         return true;
+    return start();
+}
+
+void GuardProcess::guardEnded()
+{
+    // The guard never writes to us: anything readable here is the end of its socket.
+    char byte;
+    if (m_control < 0 || ::recv(m_control, &byte, 1, MSG_DONTWAIT | MSG_PEEK) != 0)
+        return;
+    m_guardWatch.reset();
+    ::close(m_control);
+    m_control = -1;
+    if (m_watchWindow != XCB_NONE) {
+        xcb_destroy_window(m_connection, m_watchWindow);
+        xcb_flush(m_connection);
+        m_watchWindow = XCB_NONE;
+    }
+    if (m_pid > 0)
+        m_ending.push_back(m_pid);
+    m_pid = -1;
+    reapEnded();
+    Log::line(QStringLiteral("The lock's guard ended; a new one watches the lock."));
+    start();
+}
+
+bool GuardProcess::start()
+{
     const std::string program = programPath();
     if (program.empty())
         return false;
@@ -166,6 +197,8 @@ bool GuardProcess::watch()
     }
     m_control = pair[0];
     m_pid = pid;
+    m_guardWatch = std::make_unique<QSocketNotifier>(m_control, QSocketNotifier::Read);
+    QObject::connect(m_guardWatch.get(), &QSocketNotifier::activated, [this] { guardEnded(); });
     return true;
 }
 
@@ -173,6 +206,7 @@ void GuardProcess::unlocked()
 {
     if (m_control < 0)
         return;
+    m_guardWatch.reset();
     // Whether or not the guard still lives to hear it: a failed write changes nothing here.
     sendAll(m_control, HandOver::unlockedWord);
     ::close(m_control);

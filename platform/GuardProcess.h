@@ -4,8 +4,11 @@
 
 #include <sys/types.h>
 
+#include <memory>
 #include <string>
 #include <vector>
+
+class QSocketNotifier;
 
 // The lock's guard: a small process without Qt (tessarine-guard) that watches this one while a
 // lock lasts and, should this one end without having unlocked, covers the display and holds the
@@ -13,8 +16,8 @@
 //
 // It is told through a socket pair; the end of that socket without the word "unlocked" is its
 // signal to take over, and so is the end of a watch window of ours (the X server destroys it with
-// our connection). A guard that dies leaves this program as it was: nothing here waits on it, and
-// writes to it can fail without a signal.
+// our connection). A guard that dies while the lock lasts (killed by another program of the
+// user) is noticed at once, by the end of its socket, and a new one started in its place.
 class GuardProcess
 {
 public:
@@ -42,10 +45,14 @@ public:
 
 private:
     void reapEnded();
+    bool start();
+    // The guard's end of the socket closed while we still watch: it died; another takes its place.
+    void guardEnded();
 
     xcb_connection_t* m_connection;
     int m_control = -1;
     pid_t m_pid = -1;
     xcb_window_t m_watchWindow = XCB_NONE;
     std::vector<pid_t> m_ending;
+    std::unique_ptr<QSocketNotifier> m_guardWatch;
 };
