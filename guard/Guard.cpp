@@ -69,7 +69,8 @@ void Guard::watch()
     xcb_change_window_attributes(m_connection, m_screen->root, XCB_CW_EVENT_MASK, &rootMask);
     m_cover.holdPassiveGrabs();
     // The password of this lock, read now and kept (see the class comment).
-    m_password.load();
+    if (!m_passwordKept)
+        m_password.load();
     if (!watchWindowExists()) {
         // Gone already: unlocked before we were ready (it said so first), or ended.
         if (readControl() && m_ending == Ending::None)
@@ -81,9 +82,18 @@ void Guard::watch()
     std::fprintf(stderr, "tessarine-guard: watching the lock\n");
 }
 
+void Guard::resume(const GuardPassword& password, bool holding)
+{
+    m_password = password;
+    m_passwordKept = true;
+    m_resumeHolding = holding;
+}
+
 int Guard::run()
 {
-    if (m_options.controlFd < 0 || m_options.watchWindow == XCB_NONE) {
+    if (m_resumeHolding) {
+        takeOver("the guard's connection to the X server was closed");
+    } else if (m_options.controlFd < 0 || m_options.watchWindow == XCB_NONE) {
         takeOver("started without a lock screen to watch");
     } else {
         ::fcntl(m_options.controlFd, F_SETFL, ::fcntl(m_options.controlFd, F_GETFL) | O_NONBLOCK);
@@ -100,7 +110,7 @@ int Guard::run()
         if (m_ending != Ending::None)
             break;
         if (xcb_connection_has_error(m_connection))
-            return 1; // no display left to guard
+            return connectionLost;
         if (m_holding)
             retryGrabsIfDue();
         pollfd fds[3] = {{xFd, POLLIN, 0}, {-1, POLLIN, 0}, {-1, POLLIN, 0}};

@@ -41,8 +41,18 @@ public:
 
     Guard(xcb_connection_t* connection, Options options);
     ~Guard();
-    // Returns the process's exit status.
+    // The status run returns when the guard's own connection to the X server was closed (another
+    // client killed it with XKillClient, say): the caller connects again and resumes.
+    static constexpr int connectionLost = 3;
+
+    // Returns the process's exit status, or connectionLost.
     int run();
+    // Carries on from a guard whose connection was closed: its password, its control socket and
+    // whether it held the lock. Called before run.
+    void resume(const GuardPassword& password, bool holding);
+    bool isHolding() const { return m_holding; }
+    const GuardPassword& password() const { return m_password; }
+    int controlFd() const { return m_options.controlFd; }
 
 private:
     enum class Ending
@@ -78,6 +88,8 @@ private:
     GuardPassword m_password;
     std::string m_control;
     bool m_holding = false;
+    bool m_passwordKept = false;
+    bool m_resumeHolding = false;
     Ending m_ending = Ending::None;
     int m_listenFd = -1;
     std::string m_socketPath;

@@ -5,6 +5,7 @@
 // Started by Tessarine at each lock. It uses no Qt, decodes no image and speaks no D-Bus: a
 // small program, so that a fault in the large one cannot give the desktop away.
 #include "guard/Guard.h"
+#include "guard/GuardPassword.h"
 
 #include <xcb/xcb.h>
 
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -60,16 +62,37 @@ int main(int argc, char** argv)
         std::signal(signal, SIG_IGN);
     ::prctl(PR_SET_NAME, "tessarine-guard");
 
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    if (xcb_connection_has_error(connection)) {
-        std::fprintf(stderr, "tessarine-guard: no display\n");
-        return 1;
+    // Security: any client may close another's connection to the X server (XKillClient, as
+    // xkill does), which takes the guard's cover and grabs with it. The guard then connects
+    // again at once and carries on where it was, with the password it read at the start.
+    std::optional<GuardPassword> kept;
+    bool holding = false;
+    for (int attempt = 0;; ++attempt) {
+        xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+        if (xcb_connection_has_error(connection)) {
+            xcb_disconnect(connection);
+            // The display itself has gone (the session ended): nothing is left to guard.
+            if (!kept || attempt >= 50) {
+                std::fprintf(stderr, "tessarine-guard: no display\n");
+                return 1;
+            }
+            ::usleep(20000);
+            continue;
+        }
+        Guard guard(connection, options);
+        if (kept)
+            guard.resume(*kept, holding);
+        const int status = guard.run();
+        if (status != Guard::connectionLost) {
+            xcb_disconnect(connection);
+            return status;
+        }
+        kept = guard.password();
+        holding = guard.isHolding();
+        options.controlFd = guard.controlFd();
+        attempt = 0;
+        xcb_disconnect(connection);
+        std::fprintf(stderr, "tessarine-guard: the connection to the X server was closed; "
+                             "connecting again\n");
     }
-    int status = 0;
-    {
-        Guard guard(connection, std::move(options));
-        status = guard.run();
-    }
-    xcb_disconnect(connection);
-    return status;
 }
