@@ -1,19 +1,20 @@
 #include "guard/GuardPassword.h"
 
 #include "guard/Utf8.h"
+#include "platform/RegularFile.h"
+#include "settings/PropertyListShape.h"
 
 #include <plist/plist.h>
 
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 
 namespace {
 
 // The same limit as the lock screen's reader: our property lists are a few kilobytes.
-constexpr std::streamoff maximumSize = 4 * 1024 * 1024;
+constexpr long long maximumSize = 4 * 1024 * 1024;
 // A password file that could not be read is read again at a key, at most this often.
 constexpr double reloadSeconds = 1.0;
 
@@ -37,16 +38,12 @@ bool looksLikeXml(const std::string& bytes)
 
 Node readRoot(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
+    // A FIFO, a device or a huge file is refused without waiting on it.
+    const RegularFile::Content content = RegularFile::read(path, maximumSize);
+    const std::string& bytes = content.bytes;
+    if (!content.isRead() || bytes.empty() || !looksLikeXml(bytes))
         return nullptr;
-    file.seekg(0, std::ios::end);
-    const std::streamoff size = file.tellg();
-    if (size <= 0 || size > maximumSize)
-        return nullptr;
-    file.seekg(0);
-    std::string bytes(static_cast<size_t>(size), '\0');
-    if (!file.read(bytes.data(), size) || !looksLikeXml(bytes))
+    if (PropertyListShape::nestingDepth(bytes) > PropertyListShape::maximumNesting)
         return nullptr;
     // XML never holds a NUL byte; libplist would abort in an assertion reading such a string.
     if (bytes.find('\0') != std::string::npos)

@@ -1,7 +1,6 @@
 #include "lockscreen/LockImageChooser.h"
 
-#include <QFile>
-#include <QUrl>
+#include "platform/PictureFile.h"
 
 QString LockImageChooser::builtInImageName(int lockImageType)
 {
@@ -21,15 +20,12 @@ QString LockImageChooser::builtInImageName(int lockImageType)
 
 std::optional<QImage> LockImageChooser::loadCustomImage(const QString& urlString)
 {
-    const QUrl url(urlString);
-    if (!url.isLocalFile())
+    // The one reader of pictures, with its size limit: a FIFO or a device named as the lock
+    // image is refused without waiting on it.
+    const QByteArray bytes = PictureFile::read(PictureFile::localPath(urlString));
+    if (bytes.isEmpty())
         return std::nullopt;
-    QFile file(url.toLocalFile());
-    // A picture larger than this is not something to decode on the way to locking the screen.
-    constexpr qint64 maximumBytes = 64 * 1024 * 1024;
-    if (!file.open(QIODevice::ReadOnly) || file.size() > maximumBytes)
-        return std::nullopt;
-    QImage image = QImage::fromData(file.readAll());
+    QImage image = QImage::fromData(bytes);
     if (image.isNull())
         return std::nullopt;
     return image;

@@ -1,5 +1,9 @@
 #include "settings/PropertyListFile.h"
 
+#include "platform/Log.h"
+#include "platform/RegularFile.h"
+#include "settings/PropertyListShape.h"
+
 #include <plist/plist++.h>
 
 #include <QByteArray>
@@ -93,14 +97,23 @@ int createLockedTemporary(QByteArray& name, const QByteArray& pattern)
 
 plist_t PropertyListFile::readRoot(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // Security: the file may be anything another program put there; only a regular file of a
+    // sane size is read, and what is refused is said, and left on disk as it is.
+    const RegularFile::Content content =
+        RegularFile::read(QFile::encodeName(path).toStdString(), maximumSize);
+    if (!content.refusal.empty()) {
+        Log::line(path + QLatin1Char(' ') + QString::fromStdString(content.refusal) +
+                  QStringLiteral("; it is not read, and left as it is."));
         return nullptr;
-    if (file.size() > maximumSize || file.size() == 0)
+    }
+    const QByteArray bytes = QByteArray::fromStdString(content.bytes);
+    if (bytes.isEmpty() || !looksLikeXml(bytes))
         return nullptr;
-    const QByteArray bytes = file.read(maximumSize + 1);
-    if (bytes.size() > maximumSize || !looksLikeXml(bytes))
+    if (PropertyListShape::nestingDepth(content.bytes) > PropertyListShape::maximumNesting) {
+        Log::line(path + QStringLiteral(" nests its arrays or dictionaries deeper than any "
+                                        "settings file does; it is not read, and left as it is."));
         return nullptr;
+    }
     // XML never holds a NUL byte. libplist would keep one inside a string or key, and then abort
     // the program in an assertion when the value is read.
     if (bytes.contains('\0'))

@@ -1,9 +1,11 @@
 #include "TestLibrary.h"
 
 #include "settings/PropertyListFile.h"
+#include "settings/PropertyListShape.h"
 
 #include <plist/plist++.h>
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTest>
 
@@ -75,6 +77,39 @@ private slots:
         big.append("</string></dict></plist>");
         library.writeFile(library.propertiesPath(), big);
         QVERIFY(!PropertyListFile::readDictionary(library.propertiesPath()));
+    }
+
+    void aFifoIsRefusedWithoutWaitingForAWriter()
+    {
+        TestLibrary library;
+        QVERIFY(::mkfifo(library.propertiesPath().toLocal8Bit().constData(), 0600) == 0);
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!PropertyListFile::readDictionary(library.propertiesPath()));
+        QVERIFY(timer.elapsed() < 1000);
+        QVERIFY(QFileInfo(library.propertiesPath()).exists()); // left as it is
+    }
+
+    void nestingIsCountedFromTheTags()
+    {
+        QCOMPARE(
+            PropertyListShape::nestingDepth("<plist><dict><key>a</key><array/></dict></plist>"), 1);
+        QCOMPARE(PropertyListShape::nestingDepth("<array><array><dict></dict></array></array>"), 3);
+        QCOMPARE(PropertyListShape::nestingDepth("<arrayish><dictionary>"), 0);
+        QCOMPARE(PropertyListShape::nestingDepth("<array >\n<array\t></array></array>"), 2);
+    }
+
+    void aDeeplyNestedFileIsRefusedBeforeItIsParsed()
+    {
+        TestLibrary library;
+        QByteArray xml("<?xml version=\"1.0\"?><plist version=\"1.0\">");
+        for (int i = 0; i < 50000; ++i)
+            xml.append("<array>");
+        for (int i = 0; i < 50000; ++i)
+            xml.append("</array>");
+        xml.append("</plist>");
+        library.writeFile(library.passwordPath(), xml);
+        QVERIFY(!PropertyListFile::readArray(library.passwordPath()));
     }
 
     void missingFileReadsAsNothing()
