@@ -59,7 +59,7 @@
 AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     : QObject(parent), m_platform(std::move(platform)), m_settingsStore(m_platform.libraryFolder),
       m_passwordSetting(PasswordFile::pathIn(m_platform.libraryFolder), m_platform.dialogs),
-      m_matcher(m_platform.clock),
+      m_matcher(m_platform.clock), m_guessThrottle(m_platform.clock),
       m_displayPower(std::make_unique<DisplayPower>(m_platform.brightness, m_platform.scripts)),
       m_window(std::make_unique<LockWindow>()),
       m_setPassword(std::make_unique<FirstPasswordWindow>()),

@@ -2,7 +2,9 @@
 
 #include "app/PlatformServices.h"
 #include "input/KeySequence.h"
+#include "input/GuessThrottle.h"
 #include "input/PasswordMatcher.h"
+#include "lockscreen/LockBanner.h"
 #include "input/PasswordSetting.h"
 #include "platform/Scheduler.h"
 #include "settings/Preferences.h"
@@ -146,6 +148,7 @@ public:
     void passwordEntered();
     // Flips between typing the password in order and as a chord, and saves the choice.
     void securityLevel();
+    void toggleSlowGuesses();
     void setLastTime();
     static bool isLeftKey(int character);
     void rotateLock(double phase);
@@ -260,6 +263,9 @@ private:
     Preferences m_preferences;
     PasswordSetting m_passwordSetting;
     PasswordMatcher m_matcher;
+    GuessThrottle m_guessThrottle;
+    LockBanner m_slowKeysNotice{"slowKeysNotice", QString::fromLatin1(SlowKeysNotice::text),
+                                SlowKeysNotice::colour, LockBanner::height};
     KeySequence m_keySequence;
 
     std::unique_ptr<DisplayPower> m_displayPower;

@@ -63,6 +63,11 @@
 
 void AppDelegate::lock()
 {
+    if (!isLockActive()) {
+        // Every lock starts with every key taken.
+        m_guessThrottle.reset();
+        m_slowKeysNotice.hide();
+    }
     m_session->lock();
 }
 
@@ -272,8 +277,18 @@ void AppDelegate::keyPressed(const QString& characters)
         m_displayPower->wakeDisplay();
         m_session->armDisplayTimeout();
     }
-    switch (m_matcher.keyPressed(characters, m_preferences.orderMatters)) {
+    if (m_preferences.slowGuesses && !m_guessThrottle.admit())
+        return; // taken slowly: dropped unmatched, as the banner says
+    const PasswordMatcher::Outcome outcome =
+        m_matcher.keyPressed(characters, m_preferences.orderMatters);
+    if (outcome != PasswordMatcher::Outcome::Unlock) {
+        m_guessThrottle.keyCompletedNothing();
+        if (m_preferences.slowGuesses && m_guessThrottle.isSlow() && !m_slowKeysNotice.isShown())
+            m_slowKeysNotice.show(m_window.get());
+    }
+    switch (outcome) {
     case PasswordMatcher::Outcome::Unlock:
+        m_slowKeysNotice.hide();
         unlock();
         break;
     case PasswordMatcher::Outcome::Nudge:
@@ -289,7 +304,15 @@ void AppDelegate::passwordEntered()
     QLineEdit* field = m_views->enterPassword();
     if (field->isHidden() || !getLocked())
         return;
-    switch (m_matcher.passwordEntered(field->text())) {
+    // Whole passwords typed into the field are guesses too, each counted as one key.
+    if (m_preferences.slowGuesses && !m_guessThrottle.admit()) {
+        field->clear();
+        return;
+    }
+    const PasswordMatcher::Outcome outcome = m_matcher.passwordEntered(field->text());
+    if (outcome == PasswordMatcher::Outcome::Nudge)
+        m_guessThrottle.keyCompletedNothing();
+    switch (outcome) {
     case PasswordMatcher::Outcome::Unlock:
         field->clear();
         unlock();
@@ -306,6 +329,12 @@ void AppDelegate::securityLevel()
 {
     m_preferences.orderMatters = !m_preferences.orderMatters;
     m_settingsStore.set(Keys::orderMatters, m_preferences.orderMatters);
+}
+
+void AppDelegate::toggleSlowGuesses()
+{
+    m_preferences.slowGuesses = !m_preferences.slowGuesses;
+    m_settingsStore.set(Keys::slowGuesses, m_preferences.slowGuesses);
 }
 
 void AppDelegate::setLastTime()

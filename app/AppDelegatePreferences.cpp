@@ -304,7 +304,7 @@ void AppDelegate::connectPreferenceChecks()
     connect(w->batteryCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowBattery);
     connect(w->donotdisturbCheck(), &QCheckBox::clicked, this,
             &AppDelegate::toggleShowDoNotDisturb);
-    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 11> flips{
+    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 12> flips{
         {{w->capslockCheck(), &AppDelegate::toggleShowCapslock},
          {w->lockOnWake(), &AppDelegate::toggleLockOnWake},
          {w->shutDownCheck(), &AppDelegate::toggleShutDown},
@@ -312,6 +312,7 @@ void AppDelegate::connectPreferenceChecks()
          {w->keyboardShortcutCheck(), &AppDelegate::toggleKeyboardShortcut},
          {w->useTimerCheck(), &AppDelegate::toggleUseTimer},
          {w->securityLevelCheck(), &AppDelegate::securityLevel},
+         {w->slowGuessesCheck(), &AppDelegate::toggleSlowGuesses},
          {w->flatCheck(), &AppDelegate::toggleFlat},
          {w->wiggleLockCheck(), &AppDelegate::toggleWiggleLock},
          {w->dimCheck(), &AppDelegate::toggleTurnOffDisplay},

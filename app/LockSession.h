@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lockscreen/InputHeldNotice.h"
+#include "lockscreen/LockBanner.h"
 #include "platform/Scheduler.h"
 
 #include <QPointer>
@@ -125,7 +125,7 @@ public:
     TimerSlot& timeoutTimeTimer() { return m_timeoutTimeTimer; }
 
     QWidget* circuitWindow() const { return m_circuit.get(); }
-    const InputHeldNotice& inputHeldNotice() const { return m_inputHeldNotice; }
+    const LockBanner& inputHeldNotice() const { return m_inputHeldNotice; }
     // Every lock window; the primary one first.
     QList<QWidget*> windows() const;
     // What the shield keeps mapped and on top, bottom to top: the circuit window beneath the
@@ -174,6 +174,7 @@ private:
     TimerSlot m_pressSettling;
     bool m_pressHeld = false;
     std::unique_ptr<QWidget> m_circuit;
-    InputHeldNotice m_inputHeldNotice;
+    LockBanner m_inputHeldNotice{"inputHeldNotice", QString::fromLatin1(InputHeldNotice::text),
+                                 InputHeldNotice::colour, 0};
     std::vector<std::function<void()>> m_keyboardWaiters;
 };

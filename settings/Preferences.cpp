@@ -26,6 +26,8 @@ void Preferences::loadFrom(const SettingsSnapshot& file)
     minute = file.longValue(Keys::minute);
     date = file.dateValue(Keys::date);
     orderMatters = file.boolValue(Keys::orderMatters);
+    // New in this version: on unless the user turned it off.
+    slowGuesses = !file.contains(Keys::slowGuesses) || file.boolValue(Keys::slowGuesses);
     shortcutModifier1 = file.numberObject(Keys::shortcutModifier1);
     shortcutModifier2 = file.numberObject(Keys::shortcutModifier2);
     shortcutModifier3 = file.numberObject(Keys::shortcutModifier3);

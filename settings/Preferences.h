@@ -46,6 +46,7 @@ struct Preferences
     // Password entry and animations. The initial values here differ from what an empty file
     // gives; loading always overwrites them.
     bool orderMatters = false;
+    bool slowGuesses = true;
     int startAnimation = 2;
     int closeAnimation = 3;
     int wiggleStrength = 20;

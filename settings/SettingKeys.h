@@ -55,6 +55,8 @@ inline constexpr SettingKey hour{"hour", SettingType::Integer};
 inline constexpr SettingKey minute{"minute", SettingType::Integer};
 inline constexpr SettingKey date{"date", SettingType::Date};
 inline constexpr SettingKey orderMatters{"orderMatters", SettingType::Boolean};
+// On when missing: keys are taken slowly after many that unlock nothing (input/GuessThrottle).
+inline constexpr SettingKey slowGuesses{"slowGuesses", SettingType::Boolean};
 inline constexpr SettingKey shortcutModifier1{"shortcutModifier1", SettingType::Integer};
 inline constexpr SettingKey shortcutModifier2{"shortcutModifier2", SettingType::Integer};
 inline constexpr SettingKey shortcutModifier3{"shortcutModifier3", SettingType::Integer};
@@ -69,7 +71,7 @@ inline constexpr SettingKey flat{"flat", SettingType::Boolean};
 inline constexpr SettingKey showCapslock{"showCapslock", SettingType::Boolean};
 } // namespace Keys
 
-inline constexpr std::array<const SettingKey*, 33> allSettingKeys = {
+inline constexpr std::array<const SettingKey*, 34> allSettingKeys = {
     &Keys::showMusic,
     &Keys::showTime,
     &Keys::showBattery,
@@ -92,6 +94,7 @@ inline constexpr std::array<const SettingKey*, 33> allSettingKeys = {
     &Keys::minute,
     &Keys::date,
     &Keys::orderMatters,
+    &Keys::slowGuesses,
     &Keys::shortcutModifier1,
     &Keys::shortcutModifier2,
     &Keys::shortcutModifier3,

@@ -205,9 +205,12 @@ QWidget* PreferencesWindow::makeSecurityView(ChangePasswordFields* passwordField
 {
     m_securityLevelCheck =
         checkBox("securityLevelCheck", tr("The order in which the keys are typed matters"));
+    m_slowGuessesCheck = checkBox(
+        "slowGuessesCheck", tr("Take keys slowly after 200 in one lock that unlock nothing"));
     auto* layout = new QVBoxLayout;
     layout->addWidget(passwordFields);
     layout->addWidget(m_securityLevelCheck);
+    layout->addWidget(m_slowGuessesCheck);
     return pane(this, "securityView", layout);
 }
 
@@ -375,6 +378,7 @@ void PreferencesWindow::fill(const Preferences& p, const Fill& extra)
     setChecked(m_useTimerCheck, p.useTimer);
     m_timeoutTime->setEnabled(p.useTimer);
     setChecked(m_securityLevelCheck, p.orderMatters);
+    setChecked(m_slowGuessesCheck, p.slowGuesses);
     setChecked(m_flatCheck, p.flat);
 
     // Only the chosen buttons are turned on; the others keep what they show.

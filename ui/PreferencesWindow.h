@@ -75,6 +75,7 @@ public:
     QCheckBox* keyboardShortcutCheck() const { return m_keyboardShortcutCheck; }
     QCheckBox* useTimerCheck() const { return m_useTimerCheck; }
     QCheckBox* securityLevelCheck() const { return m_securityLevelCheck; }
+    QCheckBox* slowGuessesCheck() const { return m_slowGuessesCheck; }
     QCheckBox* flatCheck() const { return m_flatCheck; }
     QCheckBox* wiggleLockCheck() const { return m_wiggleLockCheck; }
     QCheckBox* dimCheck() const { return m_dimCheck; }
@@ -131,6 +132,7 @@ private:
     QCheckBox* m_keyboardShortcutCheck = nullptr;
     QCheckBox* m_useTimerCheck = nullptr;
     QCheckBox* m_securityLevelCheck = nullptr;
+    QCheckBox* m_slowGuessesCheck = nullptr;
     QCheckBox* m_flatCheck = nullptr;
     QCheckBox* m_wiggleLockCheck = nullptr;
     QCheckBox* m_dimCheck = nullptr;
