@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/PlatformServices.h"
-#include "input/KeySequence.h"
 #include "input/GuessThrottle.h"
+#include "input/KeySequence.h"
 #include "input/PasswordMatcher.h"
-#include "lockscreen/LockBanner.h"
 #include "input/PasswordSetting.h"
+#include "lockscreen/LockBanner.h"
 #include "platform/Scheduler.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"

@@ -44,8 +44,7 @@ double GuessThrottle::secondsUntilNextKey() const
 {
     if (!m_slow)
         return 0;
-    const double tokens =
-        std::min<double>(burstKeys, m_tokens + (m_clock.absoluteSeconds() - m_lastRefill) /
-                                                   refillSeconds);
+    const double tokens = std::min<double>(
+        burstKeys, m_tokens + (m_clock.absoluteSeconds() - m_lastRefill) / refillSeconds);
     return tokens >= 1 ? 0 : (1 - tokens) * refillSeconds;
 }

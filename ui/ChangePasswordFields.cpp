@@ -1,5 +1,7 @@
 #include "ui/ChangePasswordFields.h"
 
+#include "ui/ShortPasswordHint.h"
+
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -28,6 +30,7 @@ ChangePasswordFields::ChangePasswordFields(QWidget* parent) : QWidget(parent)
     fields->addRow(tr("Current password:"), m_oldPassword);
     fields->addRow(tr("New password:"), m_nextPassword);
     fields->addRow(tr("Confirm:"), m_confirmNewPassword);
+    fields->addRow(QString(), new ShortPasswordHint(m_nextPassword, this));
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(m_saveButton);

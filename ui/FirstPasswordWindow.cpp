@@ -1,6 +1,7 @@
 #include "ui/FirstPasswordWindow.h"
 
 #include "platform/ImageLibrary.h"
+#include "ui/ShortPasswordHint.h"
 
 #include <QFormLayout>
 #include <QLabel>
@@ -31,6 +32,7 @@ FirstPasswordWindow::FirstPasswordWindow(QWidget* parent) : QWidget(parent, Qt::
     auto* fields = new QFormLayout;
     fields->addRow(tr("Password:"), m_firstPassword);
     fields->addRow(tr("Confirm:"), m_firstPasswordConfirm);
+    fields->addRow(QString(), new ShortPasswordHint(m_firstPassword, this));
 
     m_saveButton = new QPushButton(tr("Save"), this);
     m_saveButton->setObjectName(QStringLiteral("savePassword"));

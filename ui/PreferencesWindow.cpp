@@ -205,8 +205,8 @@ QWidget* PreferencesWindow::makeSecurityView(ChangePasswordFields* passwordField
 {
     m_securityLevelCheck =
         checkBox("securityLevelCheck", tr("The order in which the keys are typed matters"));
-    m_slowGuessesCheck = checkBox(
-        "slowGuessesCheck", tr("Take keys slowly after 200 in one lock that unlock nothing"));
+    m_slowGuessesCheck = checkBox("slowGuessesCheck",
+                                  tr("Take keys slowly after 200 in one lock that unlock nothing"));
     auto* layout = new QVBoxLayout;
     layout->addWidget(passwordFields);
     layout->addWidget(m_securityLevelCheck);
