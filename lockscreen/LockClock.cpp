@@ -9,6 +9,7 @@
 
 #include <QLabel>
 #include <QLocale>
+#include <QRegularExpression>
 
 LockClock::LockClock(const Clock& clock, const Preferences& preferences, LockScreenViews& views,
                      MusicWidget& music, BatteryWidget& battery)
@@ -18,8 +19,14 @@ LockClock::LockClock(const Clock& clock, const Preferences& preferences, LockScr
 
 QString LockClock::timeText(const QDateTime& now)
 {
-    // The default locale is the user's, unless a test chose another.
-    return QLocale().toString(now.time(), QLocale::ShortFormat);
+    // Hours and minutes in every locale, 12- or 24-hour as the locale says. The default locale
+    // is the user's, unless a test chose another; some locales' short format (C, C.UTF-8) has
+    // seconds, which are taken out with the separator before them.
+    const QLocale locale;
+    QString format = locale.timeFormat(QLocale::ShortFormat);
+    static const QRegularExpression seconds(QStringLiteral("[^hHmaApPt']?s{1,2}(\\.?z{1,3})?"));
+    format.remove(seconds);
+    return locale.toString(now.time(), format.trimmed());
 }
 
 void LockClock::showTime()

@@ -32,8 +32,8 @@ public:
     };
 
     static constexpr const char* lockOnWakeWarning =
-        "If your computer is set to go to the default OS X lock screen on wake, Tessarine will "
-        "not be activated.  Please make sure this is disabled in System Preferences before "
+        "If your desktop is set to show its own lock screen on wake, Tessarine will not be "
+        "activated.  Please make sure this is disabled in your desktop's settings before "
         "continuing.";
 
     PreferenceActions(Preferences& preferences, const SettingsStore& store, LoginItems& loginItems,

@@ -53,6 +53,13 @@ private slots:
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         QVERIFY(LockClock::timeText(afternoon).startsWith("2:05"));
         QVERIFY(LockClock::timeText(afternoon).endsWith("PM"));
+        QVERIFY(!LockClock::timeText(afternoon).contains(":00"));
+        // The C locale's short format has seconds: the lock screen shows none.
+        QLocale::setDefault(QLocale::c());
+        QCOMPARE(LockClock::timeText(afternoon), QString("14:05"));
+        QLocale::setDefault(QLocale(QLocale::Korean, QLocale::SouthKorea));
+        QVERIFY(
+            !LockClock::timeText(QDateTime(QDate(2026, 11, 21), QTime(14, 5, 37))).contains("37"));
         QLocale::setDefault(QLocale::system());
     }
 

@@ -281,9 +281,9 @@ private slots:
         Profile profile("<key>lockOnWake</key><false/>");
         profile.delegate().toggleLockOnWake();
         QCOMPARE(profile.program->dialogs.question,
-                 QStringLiteral("If your computer is set to go to the default OS X lock screen "
-                                "on wake, Tessarine will not be activated.  Please make sure this "
-                                "is disabled in System Preferences before continuing."));
+                 QStringLiteral("If your desktop is set to show its own lock screen on wake, "
+                                "Tessarine will not be activated.  Please make sure this is "
+                                "disabled in your desktop's settings before continuing."));
         QCOMPARE(profile.program->dialogs.questionButtons, (QStringList{"Continue", "Go Back"}));
         // Written before the answer.
         QCOMPARE(profile.stored("lockOnWake"), QStringLiteral("boolean:true"));
