@@ -83,6 +83,7 @@ public:
 
     // --- Hot key --------------------------------------------------------------------------
     void reinstallHotKey();
+    bool isHotKeyPress(int keyCode, unsigned xModifiers) const;
     void shortcutText(const QString& text);
     void firstShortcutModifier(int tag);
     void secondShortcutModifier(int tag);

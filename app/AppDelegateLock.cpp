@@ -435,6 +435,11 @@ void AppDelegate::konami(int keyCode)
 
 // --- Hot key ------------------------------------------------------------------------------
 
+bool AppDelegate::isHotKeyPress(int keyCode, unsigned xModifiers) const
+{
+    return m_hotKey->isPressOf(keyCode, xModifiers);
+}
+
 void AppDelegate::reinstallHotKey()
 {
     m_hotKey->reinstallHotKey();

@@ -44,12 +44,16 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
                                   press->key() == Qt::Key_Super_R ||
                                   press->key() == Qt::Key_CapsLock || press->key() == Qt::Key_AltGr;
         // Media keys are not typing: the application's hook passes them to the music controls.
-        if (!modifierOnly && KeyListener::mediaKeyType(press->key()) == 0)
+        // Keys that type nothing (volume, brightness, Num Lock, a dead key) are no keys of the
+        // password either, and neither is the hot key's combination.
+        const bool typesSomething = !key.characters.isEmpty();
+        const bool hotKey = m_delegate.isHotKeyPress(key.keyCode, press->nativeModifiers());
+        if (!modifierOnly && typesSomething && !hotKey &&
+            KeyListener::mediaKeyType(press->key()) == 0)
             keyDown(key);
-        // The key's own event carries the state from before it: pressing Caps Lock turns the
-        // lock to the other state.
+        // The translation already gives the Caps Lock key the state it sets.
         if (press->key() == Qt::Key_CapsLock && !press->isAutoRepeat())
-            flagsChanged(!key.capsLock);
+            flagsChanged(key.capsLock);
         return true;
     }
     if (event->type() == QEvent::KeyRelease || event->type() == QEvent::ShortcutOverride)

@@ -1,5 +1,7 @@
 #include "triggers/HotKey.h"
 
+#include "platform/X11GlobalHotKey.h"
+
 #include "platform/GlobalHotKey.h"
 #include "platform/KeyTranslation.h"
 #include "platform/Log.h"
@@ -127,4 +129,15 @@ void HotKey::toggleKeyboardShortcut()
         m_registered = false;
     }
     m_store.set(Keys::useShortcut, m_preferences.useShortcut);
+}
+
+bool HotKey::isPressOf(int keyCode, unsigned xModifiers) const
+{
+    if (!m_preferences.useShortcut || keyCode != m_preferences.shortcutKey)
+        return false;
+    // Shift, Control, Alt and Super decide; Caps Lock and Num Lock do not, as for the grab.
+    constexpr unsigned deciding =
+        XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
+    const unsigned wanted = X11GlobalHotKey::xModifiers(m_preferences.hotKeyModifierSum());
+    return (xModifiers & deciding) == (wanted & deciding);
 }

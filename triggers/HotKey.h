@@ -29,6 +29,10 @@ public:
     // The modifier value of a pop-up item's tag: 0 none, 1 command (256), 2 option (2048),
     // 3 control (4096), 4 shift (512); nothing for other tags (and for 0 when none is refused).
     static std::optional<int> modifierForTag(int tag, bool noneAllowed);
+    // Whether a key press on the lock screen is the hot key's combination: while locked the lock
+    // holds the keyboard, so the combination arrives as a key, and is taken as the hot key would
+    // be (it does nothing), never as a key of the password. `xModifiers` is the X modifier state.
+    bool isPressOf(int keyCode, unsigned xModifiers) const;
 
     // At start-up, when the hot key is on: a handler and a registration, nothing to undo.
     void install();
