@@ -72,7 +72,9 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     const QString libraryFolder = LibraryFolder::path();
     LibraryFolder::ensureExists(libraryFolder);
     // Temporary files of writes that were cut short (a crash, a kill) would pile up otherwise.
-    if (const int removed = PropertyListFile::removeAbandonedTemporaries(libraryFolder))
+    // Nothing of this process has written yet: what was written before now is another run's.
+    if (const int removed =
+            PropertyListFile::removeAbandonedTemporaries(libraryFolder, ::time(nullptr)))
         Log::line(QStringLiteral("removed %1 unfinished temporary settings files").arg(removed));
 
     AppDelegate delegate(platform.services(libraryFolder));

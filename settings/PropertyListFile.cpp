@@ -57,21 +57,22 @@ void syncFolder(const QString& folder)
 }
 
 constexpr int temporarySuffixLength = 6; // the XXXXXX of mkostemp
+// What writeAtomically puts between the file's name and the random suffix: a name nobody would
+// give a file of their own, so that the cleaner never takes a user's ".settings.plist.backup".
+constexpr std::string_view temporaryMark = ".plist.tessarine-";
 
-// ".NAME.plist.XXXXXX", as writeAtomically names its temporary files.
+// ".NAME.plist.tessarine-XXXXXX", as writeAtomically names its temporary files.
 bool isTemporaryName(const char* name)
 {
     const size_t length = std::strlen(name);
-    const size_t suffix = temporarySuffixLength + 1;
-    if (name[0] != '.' || length < suffix + std::strlen(".x.plist"))
-        return false;
-    if (name[length - suffix] != '.')
+    const size_t suffix = temporaryMark.size() + temporarySuffixLength;
+    if (name[0] != '.' || length < suffix + 2)
         return false;
     for (size_t i = length - temporarySuffixLength; i < length; ++i) {
         if (!std::isalnum(static_cast<unsigned char>(name[i])))
             return false;
     }
-    return std::string_view(name, length - suffix).ends_with(".plist");
+    return std::string_view(name, length - temporarySuffixLength).ends_with(temporaryMark);
 }
 
 // The temporary file beside the target, made and locked. A cleaner may take the file between
@@ -145,23 +146,35 @@ PropertyListFile::ArrayNode PropertyListFile::readArray(const QString& path)
 }
 
 bool PropertyListFile::writeAtomically(const QString& path, const PList::Structure& root,
-                                       mode_t mode)
+                                       mode_t mode, Mode rule)
 {
     const std::string xml = root.ToXml();
-    const QFileInfo target(path);
+    QFileInfo target(path);
+    // Through a link to the file it names, so that a user's linked options file (kept with their
+    // other dotfiles, say) stays linked.
+    if (target.isSymLink()) {
+        const QString named = target.canonicalFilePath();
+        target = QFileInfo(named.isEmpty() ? target.symLinkTarget() : named);
+    }
+    struct stat existing = {};
+    if (rule == Mode::KeepExisting &&
+        ::stat(QFile::encodeName(target.absoluteFilePath()).constData(), &existing) == 0 &&
+        S_ISREG(existing.st_mode))
+        mode = existing.st_mode & 07777;
     const QString folder = target.absolutePath();
     if (!QFileInfo(folder).isDir())
         return false;
 
     const QByteArray pattern = QFile::encodeName(folder + QStringLiteral("/.") + target.fileName() +
-                                                 QStringLiteral(".XXXXXX"));
+                                                 QStringLiteral(".tessarine-XXXXXX"));
     QByteArray temporary;
     const int fd = createLockedTemporary(temporary, pattern);
     if (fd < 0)
         return false;
     const bool written = ::fchmod(fd, mode) == 0 && writeAll(fd, xml) && ::fsync(fd) == 0;
     const bool renamed =
-        written && ::rename(temporary.constData(), QFile::encodeName(path).constData()) == 0;
+        written && ::rename(temporary.constData(),
+                            QFile::encodeName(target.absoluteFilePath()).constData()) == 0;
     if (!renamed)
         ::unlink(temporary.constData());
     // The lock goes with the descriptor, once the file has its final name.
@@ -172,7 +185,7 @@ bool PropertyListFile::writeAtomically(const QString& path, const PList::Structu
     return true;
 }
 
-int PropertyListFile::removeAbandonedTemporaries(const QString& folder)
+int PropertyListFile::removeAbandonedTemporaries(const QString& folder, time_t startedAt)
 {
     const int folderFd =
         ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -197,8 +210,10 @@ int PropertyListFile::removeAbandonedTemporaries(const QString& folder)
         // A regular file of this user that no writer holds locked: its writer ended before the
         // rename. A file a writer holds is being written now and is left alone.
         struct stat status = {};
+        // Only one written before this program started: no writer of ours made it since.
         if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid() &&
-            ::flock(fd, LOCK_EX | LOCK_NB) == 0 && ::unlinkat(folderFd, name.c_str(), 0) == 0)
+            status.st_mtime < startedAt && ::flock(fd, LOCK_EX | LOCK_NB) == 0 &&
+            ::unlinkat(folderFd, name.c_str(), 0) == 0)
             ++removed;
         ::close(fd);
     }

@@ -38,13 +38,26 @@ public:
 
     // Temporary file in the same folder, fsync, rename, fsync of the folder: a crash at any moment
     // leaves either the old or the new file, never a partial one. Returns false on any failure,
-    // in which case the target is untouched. The temporary file ".NAME.XXXXXX" is locked
-    // (flock) by its writer until it has been renamed, so that an abandoned one can be told apart.
-    static bool writeAtomically(const QString& path, const PList::Structure& root, mode_t mode);
+    // in which case the target is untouched. The temporary file ".NAME.tessarine-XXXXXX" is
+    // locked (flock) by its writer until it has been renamed, so that an abandoned one can be
+    // told apart.
+    //
+    // A path that is a symbolic link is written through: the link stays, and the file it names is
+    // replaced, atomically beside itself. With `keepMode` an existing file keeps its mode, and
+    // `mode` is only for a new one; without, the file always gets `mode` (the password's 0600).
+    enum class Mode
+    {
+        Fixed,
+        KeepExisting
+    };
+    static bool writeAtomically(const QString& path, const PList::Structure& root, mode_t mode,
+                                Mode rule = Mode::Fixed);
 
     // A writer killed before its rename leaves its temporary file behind. Removes those in the
-    // folder that no living writer holds locked, of any program, and returns how many.
-    static int removeAbandonedTemporaries(const QString& folder);
+    // folder that no living writer holds locked and that were last written before `startedAt`
+    // (the program's start), and returns how many. Only names of our own temporary files are
+    // considered: a user's ".settings.plist.backup" is never touched.
+    static int removeAbandonedTemporaries(const QString& folder, time_t startedAt);
 
 private:
     static plist_t readRoot(const QString& path);

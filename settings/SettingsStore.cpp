@@ -28,7 +28,8 @@ bool SettingsStore::writeFirstRunSettingsIfMissing() const
     PList::Dictionary dictionary;
     for (const SettingAssignment& assignment : firstRunSettings())
         PlistNode::assign(dictionary, *assignment.key, assignment.value);
-    return PropertyListFile::writeAtomically(propertiesPath(), dictionary, fileMode);
+    return PropertyListFile::writeAtomically(propertiesPath(), dictionary, fileMode,
+                                             PropertyListFile::Mode::KeepExisting);
 }
 
 bool SettingsStore::set(const SettingKey& key, const SettingValue& value) const
@@ -43,7 +44,8 @@ bool SettingsStore::set(const std::vector<SettingAssignment>& assignments) const
         return false;
     for (const SettingAssignment& assignment : assignments)
         PlistNode::assign(*dictionary, *assignment.key, assignment.value);
-    return PropertyListFile::writeAtomically(propertiesPath(), *dictionary, fileMode);
+    return PropertyListFile::writeAtomically(propertiesPath(), *dictionary, fileMode,
+                                             PropertyListFile::Mode::KeepExisting);
 }
 
 SettingsSnapshot SettingsStore::load() const

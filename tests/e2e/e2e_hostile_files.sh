@@ -73,4 +73,25 @@ for name in properties settings; do
         echo "$name.plist as $kind: refused and kept"
     done
 done
+# A user's own files beside the settings: hidden copies named as people name them stay, and an
+# options file kept elsewhere behind a link is written through the link, keeping its mode.
+rm -rf "$library"
+mkdir -p "$library"
+echo "my copy" >"$library/.settings.plist.backup"
+echo "my copy" >"$library/.properties.plist.v2copy"
+touch -d '1 hour ago' "$library/.settings.plist.backup" "$library/.properties.plist.v2copy"
+mkdir -p "$HOME/dotfiles"
+write_options "<key>showTime</key><true/>"
+mv "$library/properties.plist" "$HOME/dotfiles/tessarine.plist"
+chmod 640 "$HOME/dotfiles/tessarine.plist"
+ln -s "$HOME/dotfiles/tessarine.plist" "$library/properties.plist"
+# No password yet: the start writes the hot key's keys into the options file.
+start_tessarine
+wait_until 10 grep -q shortcutKey "$HOME/dotfiles/tessarine.plist" ||
+    fail "the options file behind the link was not written"
+stop_tessarine
+[ -L "$library/properties.plist" ] || fail "the linked options file was replaced by a file"
+[ "$(stat -c %a "$HOME/dotfiles/tessarine.plist")" = 640 ] || fail "the options file lost its mode"
+[ -f "$library/.settings.plist.backup" ] && [ -f "$library/.properties.plist.v2copy" ] ||
+    fail "start-up removed the user's own copies"
 echo PASS

@@ -7,6 +7,7 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <fcntl.h>
@@ -139,6 +140,34 @@ private slots:
         QCOMPARE(QDir(library.folder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
+    void aLinkedFileIsWrittenThroughTheLinkAndKeepsItsMode()
+    {
+        TestLibrary library;
+        QTemporaryDir elsewhere;
+        const QString real = elsewhere.path() + QStringLiteral("/my-tessarine.plist");
+        library.writeFile(real, "old");
+        QFile::setPermissions(real, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
+        QVERIFY(QFile::link(real, library.propertiesPath()));
+        PList::Dictionary dictionary;
+        dictionary.Set("showTime", PList::Boolean(true));
+        QVERIFY(PropertyListFile::writeAtomically(library.propertiesPath(), dictionary, 0644,
+                                                  PropertyListFile::Mode::KeepExisting));
+        QVERIFY(QFileInfo(library.propertiesPath()).isSymLink());
+        QVERIFY(PropertyListFile::readDictionary(real));
+        struct stat status = {};
+        QCOMPARE(::stat(QFile::encodeName(real).constData(), &status), 0);
+        QCOMPARE(status.st_mode & 07777, mode_t(0640));
+        // The password is never anything but 0600, linked or not.
+        const QString password = elsewhere.path() + QStringLiteral("/password.plist");
+        library.writeFile(password, "old");
+        QVERIFY(QFile::link(password, library.passwordPath()));
+        PList::Array array;
+        QVERIFY(PropertyListFile::writeAtomically(library.passwordPath(), array, 0600));
+        QVERIFY(QFileInfo(library.passwordPath()).isSymLink());
+        QCOMPARE(::stat(QFile::encodeName(password).constData(), &status), 0);
+        QCOMPARE(status.st_mode & 07777, mode_t(0600));
+    }
+
     void writeIntoAMissingFolderFailsAndCreatesNothing()
     {
         TestLibrary library;
@@ -168,29 +197,41 @@ private slots:
         library.writeFile(library.propertiesPath(), "target");
         library.writeFile(library.passwordPath(), "password");
         // What a writer killed before its rename leaves: nobody holds these.
-        const QString abandoned = library.folder() + QStringLiteral("/.properties.plist.aB3dE9");
+        const QString abandoned =
+            library.folder() + QStringLiteral("/.properties.plist.tessarine-aB3dE9");
         library.writeFile(abandoned, "<?xml");
-        library.writeFile(library.folder() + QStringLiteral("/.settings.plist.Zz0000"), "");
+        library.writeFile(library.folder() + QStringLiteral("/.settings.plist.tessarine-Zz0000"),
+                          "");
         // A writer at work holds its file locked.
-        const QString live = library.folder() + QStringLiteral("/.properties.plist.Q1w2E3");
+        const QString live =
+            library.folder() + QStringLiteral("/.properties.plist.tessarine-Q1w2E3");
         library.writeFile(live, "<?xml");
         const int held = ::open(QFile::encodeName(live).constData(), O_RDONLY | O_CLOEXEC);
         QVERIFY(held >= 0);
         QCOMPARE(::flock(held, LOCK_EX), 0);
         // Names that are not of our temporary files.
-        const QStringList others = {QStringLiteral(".properties.plist.tooLong7"),
-                                    QStringLiteral(".properties.plist.ab-d_f"),
-                                    QStringLiteral("properties.plist.aB3dE9"),
-                                    QStringLiteral(".notes.txt.aB3dE9")};
+        // A user's own copies among them, named as people name copies.
+        const QStringList others = {QStringLiteral(".properties.plist.tessarine-tooLong7"),
+                                    QStringLiteral(".properties.plist.tessarine-ab-d_f"),
+                                    QStringLiteral("properties.plist.tessarine-aB3dE9"),
+                                    QStringLiteral(".notes.txt.tessarine-aB3dE9"),
+                                    QStringLiteral(".settings.plist.backup"),
+                                    QStringLiteral(".properties.plist.v2copy"),
+                                    QStringLiteral(".properties.plist.aB3dE9")};
         for (const QString& name : others)
             library.writeFile(library.folder() + QLatin1Char('/') + name, "x");
 
-        QCOMPARE(PropertyListFile::removeAbandonedTemporaries(library.folder()), 2);
+        // Written now, after a start a minute ago: only files older than the start are taken.
+        QCOMPARE(
+            PropertyListFile::removeAbandonedTemporaries(library.folder(), ::time(nullptr) - 60),
+            0);
+        QCOMPARE(
+            PropertyListFile::removeAbandonedTemporaries(library.folder(), ::time(nullptr) + 1), 2);
         ::close(held);
 
         QStringList expected = others;
-        expected << QStringLiteral(".properties.plist.Q1w2E3") << QStringLiteral("properties.plist")
-                 << QStringLiteral("settings.plist");
+        expected << QStringLiteral(".properties.plist.tessarine-Q1w2E3")
+                 << QStringLiteral("properties.plist") << QStringLiteral("settings.plist");
         expected.sort();
         QStringList left = QDir(library.folder()).entryList(QDir::Files | QDir::Hidden);
         left.sort();
@@ -205,7 +246,8 @@ private slots:
         PList::Dictionary dictionary;
         dictionary.Set("timeoutTime", PList::Integer(uint64_t(7)));
         QVERIFY(PropertyListFile::writeAtomically(library.propertiesPath(), dictionary, 0644));
-        QCOMPARE(PropertyListFile::removeAbandonedTemporaries(library.folder()), 0);
+        QCOMPARE(
+            PropertyListFile::removeAbandonedTemporaries(library.folder(), ::time(nullptr) + 1), 0);
         QVERIFY(PropertyListFile::readDictionary(library.propertiesPath()));
     }
 };
