@@ -4,15 +4,36 @@
 #include "input/PasswordFile.h"
 #include "platform/Dialogs.h"
 
+#include <QFileInfo>
+
 void PasswordSetting::store(const QString& password)
 {
     PasswordBuffer::rebuildFrom(password);
-    PasswordFile::write(m_passwordPath, *PasswordBuffer::buffer());
+    m_lastStoreWritten = PasswordFile::write(m_passwordPath, *PasswordBuffer::buffer());
 }
 
 void PasswordSetting::confirmSaved()
 {
-    m_dialogs.showAlert(QString::fromLatin1(saved));
+    if (m_lastStoreWritten) {
+        m_dialogs.showAlert(QString::fromLatin1(saved));
+        return;
+    }
+    m_dialogs.showAlert(QStringLiteral("Your password could not be saved: %1. It unlocks the "
+                                       "screen until Tessarine ends, but not after a restart.")
+                            .arg(whyNotWritten(m_passwordPath)));
+}
+
+QString PasswordSetting::whyNotWritten(const QString& passwordPath)
+{
+    const QFileInfo folder(QFileInfo(passwordPath).absolutePath());
+    if (!folder.exists())
+        return QStringLiteral("the folder %1 does not exist and could not be made")
+            .arg(folder.filePath());
+    if (!folder.isDir())
+        return QStringLiteral("%1 is not a folder").arg(folder.filePath());
+    if (!folder.isWritable())
+        return QStringLiteral("the folder %1 cannot be written").arg(folder.filePath());
+    return QStringLiteral("%1 could not be written (is the disk full?)").arg(passwordPath);
 }
 
 PasswordSetting::FirstTimeStep PasswordSetting::saveNewPassword(const QString& password,

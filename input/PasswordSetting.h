@@ -45,12 +45,16 @@ public:
     ChangeResult savePassword(const QString& oldPassword, const QString& next,
                               const QString& confirmation, QWidget* window = nullptr);
 
-    // Rebuilds the buffer from the text, writes the file (mode 0600); the result of the write is
-    // not reported.
+    // Rebuilds the buffer from the text and writes the file (mode 0600).
     void store(const QString& password);
+    // "Password saved successfully!" when the last store was written; otherwise an alert that
+    // says it could not be saved, and why: the password then holds only until the program ends.
     void confirmSaved();
+    // The reason a write into the password's folder fails, as the end of a sentence.
+    static QString whyNotWritten(const QString& passwordPath);
 
 private:
     QString m_passwordPath;
     Dialogs& m_dialogs;
+    bool m_lastStoreWritten = true;
 };

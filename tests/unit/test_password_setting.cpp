@@ -152,6 +152,28 @@ private slots:
         QVERIFY(PasswordBuffer::buffer()->isEmpty());
     }
 
+    void aPasswordThatCouldNotBeWrittenIsNotSaidToBeSaved()
+    {
+        TestLibrary library;
+        // The settings folder cannot be made: a file stands where its parent should be.
+        library.writeFile(library.folder() + QStringLiteral("/blocker"), "a file");
+        const QString path = library.folder() + QStringLiteral("/blocker/tessarine/settings.plist");
+        FakeDialogs dialogs;
+        PasswordSetting setting(path, dialogs);
+        QCOMPARE(setting.saveNewPassword("k3y", "k3y"), PasswordSetting::FirstTimeStep::Saved);
+        setting.confirmSaved();
+        QCOMPARE(dialogs.alerts.size(), 1);
+        QVERIFY2(dialogs.alerts.first().startsWith("Your password could not be saved: the folder "),
+                 qPrintable(dialogs.alerts.first()));
+        QVERIFY(dialogs.alerts.first().contains("does not exist and could not be made"));
+        QVERIFY(!dialogs.alerts.first().contains("successfully"));
+        // Where it can be written, the usual confirmation.
+        PasswordSetting writable(library.passwordPath(), dialogs);
+        QCOMPARE(writable.saveNewPassword("k3y", "k3y"), PasswordSetting::FirstTimeStep::Saved);
+        writable.confirmSaved();
+        QCOMPARE(dialogs.alerts.last(), QStringLiteral("Password saved successfully!"));
+    }
+
     void aWrongOldPasswordIsTheOnlyMessage()
     {
         TestLibrary library;
