@@ -15,6 +15,7 @@
 #include <QDBusConnection>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QSystemTrayIcon>
 #include <QTimer>
 
 #include <cstdio>
@@ -98,6 +99,12 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);
     watchScreens(app, delegate);
     delegate.awakeFromNib();
+    // Without a tray the program would run unseen: said once. Qt shows the icon by itself when
+    // a tray starts later.
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        Log::line(QStringLiteral(
+            "no system tray is running: Tessarine's icon will appear when one starts; meanwhile "
+            "`tessarine lock` and the hot key lock the screen"));
     delegate.applicationDidFinishLaunching();
     // The guard of a Tessarine that ended while locked holds the display: the lock is taken
     // back from it at once.
