@@ -51,7 +51,8 @@ void QtDialogs::chooseFile(QWidget* window, const QString& message,
         if (result != QDialog::Accepted || urls.isEmpty())
             chosen(std::nullopt);
         else
-            chosen(urls.first().toString());
+            // The URL's absolute string, percent-encoded, as other programs store a file URL.
+            chosen(urls.first().toString(QUrl::FullyEncoded));
     });
     panel->open();
 }

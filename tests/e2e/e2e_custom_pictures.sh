@@ -15,7 +15,8 @@ write_options "<key>useShortcut</key><false/><key>desktopImageType</key><integer
 <key>closeAnimation</key><integer>0</integer>"
 pictures=$RIG_DIR/pictures
 mkdir -p "$pictures"
-convert -size 1280x800 xc:'#2a7fd4' "$pictures/sea.png"
+# A name with a space: stored as the URL's absolute string, percent-encoded.
+convert -size 1280x800 xc:'#2a7fd4' "$pictures/deep sea.png"
 convert -size 120x120 xc:'#d01070' "$pictures/padlock.png"
 printf 'just some words\n' >"$pictures/notes.png" # a picture by its name only
 
@@ -86,9 +87,10 @@ differing=$(compare -metric AE "$RIG_DIR/before.png" "$RIG_DIR/after.png" null: 
     fail "the pane looks different after a text file as background ($differing pixels): the menu should show Brushed Metal again"
 
 pick_in_menu 1
-type_into_panel "Select a custom background image." "$pictures/sea.png"
+type_into_panel "Select a custom background image." "$pictures/deep sea.png"
 stored 'desktopImageType=integer:2' || fail "the background kind was not stored: $(options)"
-stored "desktopImageURL=string:file://$pictures/sea.png" || fail "no desktopImageURL: $(options)"
+stored "desktopImageURL=string:file://$pictures/deep%20sea.png" ||
+    fail "no percent-encoded desktopImageURL: $(options)"
 
 # The next lock shows the sea all over and the padlock in the middle.
 "$TESSARINE" lock
