@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -41,11 +42,25 @@ QWidget* pane(QWidget* parent, const char* name, QLayout* layout)
     return view;
 }
 
+// A pop-up acts only when an item is chosen from it: a wheel turn over it (scrolling the pane)
+// would otherwise change the saved choice, and the lock image's and background's last items
+// open a file dialog.
+class IgnoreWheel : public QObject
+{
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        return event->type() == QEvent::Wheel || QObject::eventFilter(watched, event);
+    }
+};
+
 QComboBox* popUp(QWidget* parent, const char* name, const QStringList& items)
 {
     auto* box = new QComboBox(parent);
     box->setObjectName(QString::fromLatin1(name));
     box->addItems(items);
+    box->installEventFilter(new IgnoreWheel(box));
     return box;
 }
 

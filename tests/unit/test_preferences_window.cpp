@@ -22,6 +22,7 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QToolBar>
+#include <QWheelEvent>
 
 #include <cmath>
 
@@ -315,6 +316,30 @@ private slots:
         third->setCurrentIndex(1);
         emit third->activated(1);
         QCOMPARE(o.stored("shortcutModifier3"), QStringLiteral("integer:2048"));
+    }
+
+    void aWheelTurnOverAPopUpChangesNothing()
+    {
+        Opened o;
+        o.delegate().openPreferences();
+        o.delegate().imagesPressed();
+        QComboBox* lock = o.window().lockSelector();
+        QComboBox* background = o.window().backgroundSelector();
+        const int lockBefore = lock->currentIndex();
+        const int backgroundBefore = background->currentIndex();
+        const QString before = o.stored("lockImageType") + o.stored("desktopImageType");
+        for (QComboBox* box : {lock, background}) {
+            for (int step : {-120, -120, -120, 120, -120, -120, -120, -120}) {
+                QWheelEvent wheel(QPointF(5, 5), box->mapToGlobal(QPointF(5, 5)), QPoint(),
+                                  QPoint(0, step), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                                  false);
+                QCoreApplication::sendEvent(box, &wheel);
+            }
+        }
+        QCOMPARE(lock->currentIndex(), lockBefore);
+        QCOMPARE(background->currentIndex(), backgroundBefore);
+        QCOMPARE(o.stored("lockImageType") + o.stored("desktopImageType"), before);
+        QVERIFY(o.program->dialogs.panelMessage.isEmpty()); // no file dialog
     }
 
     void thePasswordFieldsAreEmptiedOnOpening()
