@@ -6,6 +6,8 @@
 #include <QCursor>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QPixmap>
 #include <QWidget>
 
 StatusItem::StatusItem(QObject* parent) : QObject(parent)
@@ -113,6 +115,18 @@ void StatusItem::popUpMenu()
 void StatusItem::setHighlighted(bool highlighted)
 {
     m_highlighted = highlighted;
-    m_trayIcon->setIcon(ImageLibrary::named(highlighted ? QStringLiteral("lockmenubarwhite")
-                                                        : QStringLiteral("lockmenubar")));
+    if (!highlighted) {
+        m_trayIcon->setIcon(ImageLibrary::named(QStringLiteral("lockmenubar")));
+        return;
+    }
+    // The white glyph over a highlighted background, as a menu bar draws a pressed item: the
+    // white glyph alone nearly vanishes on a light panel.
+    const QIcon glyph = ImageLibrary::named(QStringLiteral("lockmenubarwhite"));
+    const QSize size = glyph.actualSize(QSize(64, 64));
+    QPixmap pixmap(size.isEmpty() ? QSize(22, 22) : size);
+    pixmap.fill(QColor::fromRgb(highlightColour));
+    QPainter painter(&pixmap);
+    glyph.paint(&painter, pixmap.rect());
+    painter.end();
+    m_trayIcon->setIcon(QIcon(pixmap));
 }

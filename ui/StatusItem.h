@@ -13,6 +13,8 @@ class StatusItem : public QObject
     Q_OBJECT
 public:
     static constexpr const char* toolTip = "Right click to open the menu.";
+    // The background of the icon while it is pressed or its menu is open.
+    static constexpr unsigned highlightColour = 0x3875d7;
 
     explicit StatusItem(QObject* parent = nullptr);
     ~StatusItem() override;
