@@ -5,6 +5,7 @@
 #include "lockscreen/BackgroundBuilder.h"
 #include "lockscreen/BatteryWidget.h"
 #include "lockscreen/LockClock.h"
+#include "lockscreen/LockCover.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
 #include "lockscreen/MailBadge.h"
@@ -35,7 +36,8 @@ LockSession::LockSession(Services services, const Preferences& preferences,
       m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
       m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
       m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler),
-      m_pressSettling(services.scheduler)
+      m_pressSettling(services.scheduler), m_cover(std::make_unique<LockCover>()),
+      m_shownCheck(services.scheduler)
 {
 }
 
@@ -51,6 +53,17 @@ QList<QWidget*> LockSession::windows() const
     return QList<QWidget*>{&m_window} + m_widgets.background.coverWindows();
 }
 
+QList<QWidget*> LockSession::coverWindows() const
+{
+    return m_cover->windows();
+}
+
+// The covers first: raised in this order, the lock windows end up above them.
+QList<QWidget*> LockSession::shieldedWindows() const
+{
+    return m_cover->windows() + windows();
+}
+
 QRect LockSession::firstScreen() const
 {
     return m_services.displays.primaryGeometry();
@@ -60,6 +73,9 @@ void LockSession::lock()
 {
     if (m_lockActive)
         return;
+    // Security: the desktop is hidden before anything else is done for the lock; what follows
+    // (the background built, the widgets filled) may take a while.
+    m_cover->show(m_services.displays.screenGeometries(), m_widgets.background.coverColour());
     m_widgets.background.positionLock();
     m_closing = false;
     m_lockActive = true;
@@ -126,7 +142,7 @@ void LockSession::takeKeyboardFirst(const QRect& screen)
     const bool slides = m_preferences.startAnimation != 0;
     m_window.move(slides ? screen.topLeft() - QPoint(0, screen.height()) : screen.topLeft());
     m_window.show();
-    m_services.shield.keepAbove(windows());
+    m_services.shield.keepAbove(shieldedWindows());
     holdGrabs();
 }
 
@@ -210,7 +226,7 @@ void LockSession::makeWindowKey()
     // Shown and grabbed in one turn of the event loop: the grab request reaches the X server
     // right behind the map, before the first paint of a whole-screen window can delay it.
     m_window.show();
-    m_services.shield.keepAbove(windows());
+    m_services.shield.keepAbove(shieldedWindows());
     // Taken as the lock opened; a retry under way goes on by itself.
     if (!m_grabRetry.isArmed())
         holdGrabs();
@@ -221,6 +237,11 @@ void LockSession::kioskMode()
     if (getUnlocking() || !m_lockActive)
         return; // the password was typed before the 0.4 s were up
     m_locked = true;
+    // A clear background shows the desktop through the lock window once it has opened.
+    if (m_preferences.backgroundType == BackgroundBuilder::ClearKind) {
+        m_services.shield.keepAbove(windows());
+        m_cover->hide();
+    }
     if (m_preferences.closeAnimation != 0)
         m_circuitCall.arm(circuitDelay, [this] { showCircuitWindow(); });
     m_wantPointer = true;
@@ -236,6 +257,59 @@ void LockSession::whenKeyboardHeld(std::function<void()> callback)
         return;
     }
     m_keyboardWaiters.push_back(std::move(callback));
+}
+
+void LockSession::whenScreenShown(std::function<void()> callback)
+{
+    if (!m_lockActive || m_closing || getUnlocking()) {
+        callback();
+        return;
+    }
+    m_shownWaiters.push_back(std::move(callback));
+    settleOpening();
+    if (m_shownCheck.isArmed())
+        return;
+    m_shownWaitedFor = 0ms;
+    m_shownCheck.arm(0ms, [this] { checkScreenShown(); });
+}
+
+void LockSession::settleOpening()
+{
+    // The screen as it will stay, at once: the window at home and opaque, shown and holding the
+    // keyboard, instead of sliding or fading in for 0.4 s while the machine waits to sleep.
+    if (m_locked)
+        return;
+    m_services.motion.stop(&m_window);
+    m_services.motion.moveTo(&m_window, firstScreen().topLeft());
+    m_services.motion.setOpacity(&m_window, 1);
+    if (m_makeKeyCall.isArmed()) {
+        m_makeKeyCall.invalidate();
+        makeWindowKey();
+    }
+}
+
+void LockSession::checkScreenShown()
+{
+    const bool shown =
+        m_services.shield.holdsKeyboard() && LockCover::drawn(shieldedWindows());
+    if (!shown && m_shownWaitedFor < shownWaitLimit) {
+        m_shownWaitedFor += shownCheckInterval;
+        m_shownCheck.arm(shownCheckInterval, [this] { checkScreenShown(); });
+        return;
+    }
+    if (!shown)
+        Log::line(QStringLiteral("The lock screen is not drawn everywhere yet; the machine may "
+                                 "sleep all the same."));
+    notifyShownWaiters();
+}
+
+void LockSession::notifyShownWaiters()
+{
+    m_shownCheck.invalidate();
+    auto waiters = std::move(m_shownWaiters);
+    m_shownWaiters.clear();
+    for (auto& waiter : waiters)
+        waiter();
 }
 
 void LockSession::notifyKeyboardWaiters()
@@ -296,7 +370,7 @@ void LockSession::showCircuitWindow()
     m_circuit->show();
     // Beneath the lock window: a nudge uncovers the picture, not the desktop.
     m_window.raise();
-    m_services.shield.keepAbove(windows());
+    m_services.shield.keepAbove(shieldedWindows());
 }
 
 void LockSession::simulateClick()
@@ -332,6 +406,7 @@ void LockSession::unlock()
     m_grabRetry.invalidate();
     m_wantPointer = false;
     notifyKeyboardWaiters(); // nothing more to wait for
+    notifyShownWaiters();
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees
     // a button held down.
     m_services.pointer.releasePressedButton();
@@ -360,6 +435,9 @@ void LockSession::closeWindow()
     m_widgets.mail.resetCount();
     m_locked = false;
     m_closing = true;
+    // The desktop shows again behind a closing movement.
+    m_services.shield.keepAbove(windows());
+    m_cover->hide();
     m_widgets.music.stopTimers();
     const int animation = m_preferences.closeAnimation;
     if (animation == 0) {

@@ -15,6 +15,7 @@ class Clock;
 class Dialogs;
 class DisplayPower;
 class LockClock;
+class LockCover;
 class MailBadge;
 class MusicWidget;
 class LockScreenViews;
@@ -76,6 +77,11 @@ public:
     static constexpr std::chrono::milliseconds grabRetrySlow{250};
     static constexpr std::chrono::milliseconds grabRetryFastFor{1000};
     static constexpr std::chrono::milliseconds pressSettlingTime{100};
+    // How often, and for how long at most, the sleep waits for the lock screen to be drawn: the
+    // login manager lets a delay inhibitor hold the sleep back for 5 s, and the machine should
+    // sleep within a second all the same.
+    static constexpr std::chrono::milliseconds shownCheckInterval{5};
+    static constexpr std::chrono::milliseconds shownWaitLimit{900};
 
     LockSession(Services services, const Preferences& preferences, DisplayPower& displayPower,
                 LockWindow& window, LockScreenViews& views, Widgets widgets);
@@ -104,6 +110,11 @@ public:
     // Runs the callback once the lock window is up and holds the keyboard, at once when it
     // already does or when no lock is coming.
     void whenKeyboardHeld(std::function<void()> callback);
+    // Runs the callback once every display shows the lock screen as it will stay: the opening
+    // movement is cut short, every lock window painted and drawn by the X server, the keyboard
+    // held. At once when no lock is coming or the lock is on its way out; after
+    // shownWaitLimit whatever the state, so that nothing holds the sleep back for long.
+    void whenScreenShown(std::function<void()> callback);
 
     bool isLockActive() const { return m_lockActive; }
     // The lock is on its way out: still active until its windows are gone.
@@ -119,6 +130,8 @@ public:
     QWidget* circuitWindow() const { return m_circuit.get(); }
     // Every lock window; the primary one first.
     QList<QWidget*> windows() const;
+    // The covers shown as a lock is asked for, beneath the lock windows; empty when none.
+    QList<QWidget*> coverWindows() const;
 
 private:
     bool tryGrabs();
@@ -130,6 +143,10 @@ private:
     void addWidgets();
     void reportBackgroundFailure();
     QRect firstScreen() const;
+    QList<QWidget*> shieldedWindows() const;
+    void settleOpening();
+    void checkScreenShown();
+    void notifyShownWaiters();
 
     Services m_services;
     const Preferences& m_preferences;
@@ -158,4 +175,8 @@ private:
     bool m_pressHeld = false;
     std::unique_ptr<QWidget> m_circuit;
     std::vector<std::function<void()>> m_keyboardWaiters;
+    std::unique_ptr<LockCover> m_cover;
+    TimerSlot m_shownCheck;
+    std::chrono::milliseconds m_shownWaitedFor{0};
+    std::vector<std::function<void()>> m_shownWaiters;
 };
