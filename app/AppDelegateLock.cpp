@@ -488,4 +488,3 @@ void AppDelegate::getPreviousBrightness()
 {
     m_displayPower->getPreviousBrightness();
 }
-

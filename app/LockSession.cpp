@@ -270,7 +270,7 @@ void LockSession::whenScreenShown(std::function<void()> callback)
     if (m_shownCheck.isArmed())
         return;
     m_shownWaitedFor = 0ms;
-    m_shownCheck.arm(0ms, [this] { checkScreenShown(); });
+    checkScreenShown();
 }
 
 void LockSession::settleOpening()
@@ -290,8 +290,7 @@ void LockSession::settleOpening()
 
 void LockSession::checkScreenShown()
 {
-    const bool shown =
-        m_services.shield.holdsKeyboard() && LockCover::drawn(shieldedWindows());
+    const bool shown = m_services.shield.holdsKeyboard() && LockCover::drawn(shieldedWindows());
     if (!shown && m_shownWaitedFor < shownWaitLimit) {
         m_shownWaitedFor += shownCheckInterval;
         m_shownCheck.arm(shownCheckInterval, [this] { checkScreenShown(); });

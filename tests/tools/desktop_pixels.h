@@ -32,8 +32,8 @@ inline int showingDesktop(xcb_connection_t* c)
             failed = true;
         } else {
             const uint8_t* data = xcb_get_image_data(reply);
-            const uint32_t pixel = uint32_t(data[0]) | uint32_t(data[1]) << 8 |
-                                   uint32_t(data[2]) << 16;
+            const uint32_t pixel =
+                uint32_t(data[0]) | uint32_t(data[1]) << 8 | uint32_t(data[2]) << 16;
             if (pixel == desktopColour)
                 ++count;
         }
