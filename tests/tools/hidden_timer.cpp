@@ -6,6 +6,8 @@
 //       half millisecond until none shows that colour. Prints the milliseconds from the start
 //       of COMMAND until then, or "timeout" after 5 s. The window is taken away before the
 //       program ends; COMMAND is left running when it has not ended (a locker that stays).
+//   hidden_timer end COMMAND...
+//       the same, then ends COMMAND with SIGTERM and waits for it (a peer locker: i3lock -n).
 //   hidden_timer desktop
 //       maps the same window and keeps it until SIGTERM; "ready" on stdout once it shows.
 #include "desktop_pixels.h"
@@ -16,6 +18,7 @@
 #include <cstring>
 #include <spawn.h>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -70,8 +73,9 @@ int main(int argc, char** argv)
             pause();
         return 0;
     }
-    if (command != "run" || argc < 3) {
-        std::fprintf(stderr, "usage: hidden_timer run COMMAND... | hidden_timer desktop\n");
+    if ((command != "run" && command != "end") || argc < 3) {
+        std::fprintf(stderr,
+                     "usage: hidden_timer run|end COMMAND... | hidden_timer desktop\n");
         return 2;
     }
     const xcb_window_t desktop = mapDesktop(c);
@@ -101,5 +105,12 @@ int main(int argc, char** argv)
     xcb_destroy_window(c, desktop);
     xcb_flush(c);
     xcb_disconnect(c);
+    if (command == "end") {
+        kill(child, SIGTERM);
+        waitpid(child, nullptr, 0);
+    } else {
+        // A command that ends by itself (`tessarine lock`) is not left a zombie meanwhile.
+        waitpid(child, nullptr, WNOHANG);
+    }
     return hidden ? 0 : 1;
 }
