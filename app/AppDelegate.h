@@ -8,6 +8,7 @@
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"
 
+#include <functional>
 #include <QObject>
 
 #include <memory>
@@ -67,6 +68,9 @@ public:
     void animateWasActive();
     // The lock requested by another program.
     void lockAppleScript();
+    // Runs the callback once the lock screen shows on every display as it will stay, at once
+    // when no lock is active (see LockSession::whenScreenShown).
+    void whenLockShown(std::function<void()> callback);
     bool isLockActive() const;
     bool getLocked() const;
     bool getUnlocking() const;

@@ -91,6 +91,11 @@ void AppDelegate::lockAppleScript()
     lock();
 }
 
+void AppDelegate::whenLockShown(std::function<void()> callback)
+{
+    m_session->whenScreenShown(std::move(callback));
+}
+
 void AppDelegate::animateWasActive()
 {
     m_session->animateWasActive();

@@ -13,6 +13,8 @@ hidden=$root/$build/tests/hidden_timer
 runs=${BENCH_HIDDEN_RUNS:-15}
 
 source "$root/tests/rig/desktop.sh"
+# The figures outlive the two desktops (each takes its folder with it when it stops).
+results=$(mktemp -d "${TMPDIR:-/tmp}/tessarine-hidden.XXXXXX")
 stats() { # prints median, min, max of the numbers on stdin
     sort -g | awk '{v[NR]=$1} END {m = (NR % 2) ? v[(NR+1)/2] : (v[NR/2] + v[NR/2+1]) / 2;
                                    printf "%.2f %.2f %.2f\n", m, v[1], v[NR]}'
@@ -47,30 +49,30 @@ desktop_picture
 picture_size=$(stat -c %s "$HOME/desktop.png")
 
 # The first lock after a start: the background is not built yet.
-: >"$RIG_DIR/first.txt"
+: >"$results/first.txt"
 for ((run = 0; run < runs; run++)); do
     fresh_tessarine
-    "$hidden" run "$TESSARINE" lock >>"$RIG_DIR/first.txt" || true
+    "$hidden" run "$TESSARINE" lock >>"$results/first.txt" || true
     unlock_here
     stop_tessarine
 done
 # Later locks of one running program.
-: >"$RIG_DIR/later.txt"
+: >"$results/later.txt"
 fresh_tessarine
 "$TESSARINE" lock
 unlock_here
 for ((run = 0; run < runs; run++)); do
-    "$hidden" run "$TESSARINE" lock >>"$RIG_DIR/later.txt" || true
+    "$hidden" run "$TESSARINE" lock >>"$results/later.txt" || true
     unlock_here
 done
 stop_tessarine
 peer() { # NAME COMMAND...
     local name=$1
     shift
-    : >"$RIG_DIR/$name.txt"
+    : >"$results/$name.txt"
     command -v "$1" >/dev/null || return 0
     for ((run = 0; run < runs; run++)); do
-        "$hidden" end "$@" >>"$RIG_DIR/$name.txt" || true
+        "$hidden" end "$@" >>"$results/$name.txt" || true
         sleep 0.3
     done
 }
@@ -82,7 +84,7 @@ peer xsecurelock xsecurelock
 "$hidden" desktop >"$RIG_DIR/desktop.out" &
 magenta=$!
 wait_until 5 grep -q ready "$RIG_DIR/desktop.out"
-: >"$RIG_DIR/sleep.txt"
+: >"$results/sleep.txt"
 for ((run = 0; run < runs; run++)); do
     inhibited=$(logind_count inhibited)
     fresh_tessarine
@@ -90,7 +92,7 @@ for ((run = 0; run < runs; run++)); do
     released=$(logind_count released)
     logind sleep
     wait_until 5 more_than released "$released" || echo "the inhibitor was not let go" >&2
-    grep '^released' "$RIG_DIR/logind.out" | tail -n1 >>"$RIG_DIR/sleep.txt"
+    grep '^released' "$RIG_DIR/logind.out" | tail -n1 >>"$results/sleep.txt"
     unlock_here
     logind wake
     stop_tessarine
@@ -143,10 +145,10 @@ median_of() { grep -v timeout "$1" | stats | awk '{print $1}'; }
 ratio() {
     awk -v a="$1" -v b="$2" 'BEGIN {if (b + 0 > 0 && a + 0 > 0) printf "%.2f", a / b; else printf "n/a"}'
 }
-later_ratio=$(ratio "$(median_of "$RIG_DIR/later.txt")" "$(median_of "$RIG_DIR/i3lock.txt")")
-awk '{print $7}' "$RIG_DIR/sleep.txt" >"$RIG_DIR/sleep-ms.txt"
-sleep_showing=$(awk '{s += $5} END {printf "%d of %d", s, NR * 25}' "$RIG_DIR/sleep.txt")
-sleep_grabbed=$(grep -c ' grabbed ' "$RIG_DIR/sleep.txt" || true)
+later_ratio=$(ratio "$(median_of "$results/later.txt")" "$(median_of "$results/i3lock.txt")")
+awk '{print $7}' "$results/sleep.txt" >"$results/sleep-ms.txt"
+sleep_showing=$(awk '{s += $5} END {printf "%d of %d", s, NR * 25}' "$results/sleep.txt")
+sleep_grabbed=$(grep -c ' grabbed ' "$results/sleep.txt" || true)
 
 echo "## The desktop hidden"
 echo
@@ -155,13 +157,13 @@ echo "memory on Xvfb 3840x2160), the desktop picture a 3840 x 2160 PNG of $((pic
 echo
 echo "| Figure | Median | Spread (min to max) | Goal | Runs |"
 echo "|---|---|---|---|---|"
-row "\`tessarine lock\` to the desktop hidden, first lock after a start (4K PNG)" "$RIG_DIR/first.txt" "50 ms"
-row "\`tessarine lock\` to the desktop hidden, later locks" "$RIG_DIR/later.txt" "half of i3lock's"
-row "i3lock -n to the desktop hidden (peer)" "$RIG_DIR/i3lock.txt" ""
-row "xsecurelock to the desktop hidden (peer)" "$RIG_DIR/xsecurelock.txt" ""
+row "\`tessarine lock\` to the desktop hidden, first lock after a start (4K PNG)" "$results/first.txt" "50 ms"
+row "\`tessarine lock\` to the desktop hidden, later locks" "$results/later.txt" "half of i3lock's"
+row "i3lock -n to the desktop hidden (peer)" "$results/i3lock.txt" ""
+row "xsecurelock to the desktop hidden (peer)" "$results/xsecurelock.txt" ""
 echo "| Later locks ÷ i3lock's (medians) | $later_ratio | | 0.5 or less | |"
-row "PrepareForSleep(true) to the inhibitor let go (first lock after a start)" "$RIG_DIR/sleep-ms.txt" "1000 ms"
-echo "| Sampled points showing the desktop when the inhibitor was let go | $sleep_showing | | 0 | $(wc -l <"$RIG_DIR/sleep.txt") ($sleep_grabbed with the keyboard held) |"
+row "PrepareForSleep(true) to the inhibitor let go (first lock after a start)" "$results/sleep-ms.txt" "1000 ms"
+echo "| Sampled points showing the desktop when the inhibitor was let go | $sleep_showing | | 0 | $(wc -l <"$results/sleep.txt") ($sleep_grabbed with the keyboard held) |"
 echo "| Resident memory at 3840 x 2160, in the tray before the first lock | $rss_idle MB | one sample | | 1 |"
 echo "| Resident memory at 3840 x 2160, locked | $rss_locked MB | one sample | i3lock's | 1 |"
 echo "| Resident memory at 3840 x 2160, in the tray after a lock | $rss_after MB | one sample | 60 MB | 1 |"
@@ -174,3 +176,4 @@ echo "  then ended with SIGTERM; Tessarine is unlocked with its password."
 echo "- Sleep: the fake login manager on a private system bus sends PrepareForSleep(true) to a"
 echo "  Tessarine started a second before (lock on wake on), and at the moment the inhibitor's pipe"
 echo "  is closed reads the same 25 points over the magenta desktop and tries to grab the keyboard."
+rm -rf "$results"

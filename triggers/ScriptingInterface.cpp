@@ -2,6 +2,9 @@
 
 #include "app/AppDelegate.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+
 ScriptingInterface::ScriptingInterface(AppDelegate& delegate, QObject* parent)
     : QObject(parent), m_delegate(delegate)
 {
@@ -23,4 +26,14 @@ void ScriptingInterface::setLock(int value)
 {
     if (value == 1)
         m_delegate.lockAppleScript();
+}
+
+void ScriptingInterface::WaitUntilShown()
+{
+    if (!calledFromDBus())
+        return;
+    setDelayedReply(true);
+    QDBusConnection bus = connection();
+    const QDBusMessage reply = message().createReply();
+    m_delegate.whenLockShown([bus, reply]() mutable { bus.send(reply); });
 }

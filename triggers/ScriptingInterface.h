@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusContext>
 #include <QObject>
 
 class AppDelegate;
@@ -10,8 +11,11 @@ class AppDelegate;
 //
 // Security: anything that can talk to the user's session bus can lock the screen this way, as
 // the user's own scripts and an ssh login of the same user are meant to; nothing in this
-// interface unlocks, and mail and lock are the only properties on the bus.
-class ScriptingInterface : public QObject
+// interface unlocks, and mail and lock are the only properties on the bus. The one method,
+// WaitUntilShown, only answers late: once the lock screen shows on every display (at once when
+// no lock is active), for a caller that holds the machine's sleep back until then (xss-lock's
+// --transfer-sleep-lock hands its sleep inhibitor to `tessarine lock`).
+class ScriptingInterface : public QObject, protected QDBusContext
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.tessarine.Tessarine")
@@ -32,6 +36,9 @@ public:
     void setMail(int count);
     int lock() const { return 1; }
     void setLock(int value);
+
+public slots:
+    Q_SCRIPTABLE void WaitUntilShown();
 
 signals:
     // An unread-mail count reported from outside, for the mail badge.
