@@ -8,9 +8,9 @@
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"
 
-#include <functional>
 #include <QObject>
 
+#include <functional>
 #include <memory>
 
 class BackgroundBuilder;

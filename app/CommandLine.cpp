@@ -139,7 +139,8 @@ void holdSleepLockUntilShown(DBusConnection* bus)
         dbus_message_new_method_call(serviceName, objectPath, interfaceName, "WaitUntilShown");
     Error error;
     Message reply;
-    reply.message = dbus_connection_send_with_reply_and_block(bus, call.message, 5000, &error.error);
+    reply.message =
+        dbus_connection_send_with_reply_and_block(bus, call.message, 5000, &error.error);
     ::close(int(fd));
 }
 

@@ -146,8 +146,8 @@ ratio() {
     awk -v a="$1" -v b="$2" 'BEGIN {if (b + 0 > 0 && a + 0 > 0) printf "%.2f", a / b; else printf "n/a"}'
 }
 later_ratio=$(ratio "$(median_of "$results/later.txt")" "$(median_of "$results/i3lock.txt")")
-awk '{print $7}' "$results/sleep.txt" >"$results/sleep-ms.txt"
-sleep_showing=$(awk '{s += $5} END {printf "%d of %d", s, NR * 25}' "$results/sleep.txt")
+awk '{print $6}' "$results/sleep.txt" >"$results/sleep-ms.txt"
+sleep_showing=$(awk '{s += $4} END {printf "%d of %d", s, NR * 25}' "$results/sleep.txt")
 sleep_grabbed=$(grep -c ' grabbed ' "$results/sleep.txt" || true)
 
 echo "## The desktop hidden"

@@ -2,7 +2,8 @@
 # first lock after a start with a large desktop picture, on later locks, and on both of two
 # monitors. Before sleep, the login manager's inhibitor is let go only once the screen shows the
 # lock (not one of 25 sampled points still showing the desktop), sliding or fading in, and within
-# a second; a sleep during the closing slide after the password lets it go too. The probes fill
+# a second; a sleep during the closing slide after the password lets it go too. The opening fade
+# sends its steps to the X server as it makes them. The probes fill
 # the desktop with magenta and read the root window's pixels as another client
 # (tests/tools/hidden_timer, and the fake login manager at the moment of release).
 set -u
@@ -103,5 +104,19 @@ wait_until 5 tray_icon_embedded || fail "no tray icon with two monitors"
 kill "$magenta"
 hidden_within "first lock, two monitors"
 unlock "two monitors"
+
+# The fade's steps reach the X server as they are made, with no input at all meanwhile: the
+# lock window's _NET_WM_WINDOW_OPACITY, polled from outside, takes values between 0 and opaque.
+"$TESSARINE" lock
+deadline=$(($(now_us) + 700000))
+window=
+while (($(now_us) < deadline)); do
+    [ -n "$window" ] || window=$(xdotool search --name '^Tessarine lock screen$' 2>/dev/null | head -n1)
+    [ -z "$window" ] || xprop -id "$window" _NET_WM_WINDOW_OPACITY 2>/dev/null | sed -n 's/.* = //p'
+done | sort -u >"$RIG_DIR/opacity.txt"
+steps=$(grep -cvx '0\|4294967295' "$RIG_DIR/opacity.txt" || true)
+echo "fade: $steps opacities between transparent and opaque"
+[ "$steps" -ge 3 ] || fail "the fade showed $steps steps: $(tr '\n' ' ' <"$RIG_DIR/opacity.txt")"
+unlock "fade"
 kill -0 "$TESSARINE_PID" || fail "tessarine ended"
 echo PASS
