@@ -74,8 +74,7 @@ int main(int argc, char** argv)
         return 0;
     }
     if ((command != "run" && command != "end") || argc < 3) {
-        std::fprintf(stderr,
-                     "usage: hidden_timer run|end COMMAND... | hidden_timer desktop\n");
+        std::fprintf(stderr, "usage: hidden_timer run|end COMMAND... | hidden_timer desktop\n");
         return 2;
     }
     const xcb_window_t desktop = mapDesktop(c);
