@@ -444,6 +444,7 @@ void LockSession::closeWindow()
         m_services.motion.stop(&m_window);
         m_widgets.background.hideCoverWindows();
         m_window.hide();
+        m_window.releaseNativeWindow();
         m_lockActive = false;
         reportBackgroundFailure();
         // The lock's pictures are freed by now; the desktop is back already.
@@ -505,6 +506,7 @@ void LockSession::actuallyCloseWindow()
     m_services.motion.stop(&m_window);
     m_widgets.background.hideCoverWindows();
     m_window.hide();
+    m_window.releaseNativeWindow();
     m_window.move(firstScreen().topLeft());
     m_unActiveCall.arm(unActiveDelay, [this] { unActive(); });
 }
