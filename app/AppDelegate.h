@@ -12,6 +12,7 @@
 
 #include <QObject>
 
+#include <functional>
 #include <memory>
 
 class BackgroundBuilder;
@@ -69,6 +70,9 @@ public:
     void animateWasActive();
     // The lock requested by another program.
     void lockAppleScript();
+    // Runs the callback once the lock screen shows on every display as it will stay, at once
+    // when no lock is active (see LockSession::whenScreenShown).
+    void whenLockShown(std::function<void()> callback);
     bool isLockActive() const;
     bool getLocked() const;
     // Whether the X server says the lock holds both keyboard and pointer.

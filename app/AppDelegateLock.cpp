@@ -101,6 +101,11 @@ void AppDelegate::lockAppleScript()
     lock();
 }
 
+void AppDelegate::whenLockShown(std::function<void()> callback)
+{
+    m_session->whenScreenShown(std::move(callback));
+}
+
 void AppDelegate::animateWasActive()
 {
     m_session->animateWasActive();
@@ -493,9 +498,10 @@ void AppDelegate::Sleep()
 {
     if (m_preferences.lockOnWakeVariable)
         lock();
-    // Security: the machine may sleep only once the lock window is up and holds the keyboard,
-    // so that it wakes up locked. Without lock on wake it may sleep at once.
-    m_session->whenKeyboardHeld([this] { m_platform.system.releaseSleepDelay(); });
+    // Security: the machine may sleep only once every display shows the lock screen as it will
+    // stay and the keyboard is held, so that it wakes up showing the lock and nothing else; the
+    // same for a lock another trigger brought up just before. Without a lock it may sleep at once.
+    m_session->whenScreenShown([this] { m_platform.system.releaseSleepDelay(); });
 }
 
 void AppDelegate::wakeClick()

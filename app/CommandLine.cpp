@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <unistd.h>
 
 #ifndef TESSARINE_VERSION
 #define TESSARINE_VERSION "0"
@@ -117,6 +118,34 @@ std::string CommandLine::versionText()
     return std::string("tessarine ") + TESSARINE_VERSION + "\n";
 }
 
+namespace {
+
+// xss-lock --transfer-sleep-lock hands its sleep inhibitor to the locker as the descriptor named
+// by XSS_SLEEP_LOCK_FD, for the locker to close once the screen is locked. It is held here until
+// the running Tessarine answers that the lock screen shows on every display (at most 5 s, the
+// login manager's own limit), then closed, so that the machine sleeps only then.
+void holdSleepLockUntilShown(DBusConnection* bus)
+{
+    const char* named = std::getenv("XSS_SLEEP_LOCK_FD");
+    if (!named || !*named)
+        return;
+    char* end = nullptr;
+    errno = 0;
+    const long fd = std::strtol(named, &end, 10);
+    if (errno != 0 || *end != '\0' || fd < 0 || fd > INT_MAX)
+        return;
+    Message call;
+    call.message =
+        dbus_message_new_method_call(serviceName, objectPath, interfaceName, "WaitUntilShown");
+    Error error;
+    Message reply;
+    reply.message =
+        dbus_connection_send_with_reply_and_block(bus, call.message, 5000, &error.error);
+    ::close(int(fd));
+}
+
+} // namespace
+
 int CommandLine::send(const Request& request, std::string& errors)
 {
     Error error;
@@ -157,6 +186,8 @@ int CommandLine::send(const Request& request, std::string& errors)
     Message reply;
     reply.message =
         dbus_connection_send_with_reply_and_block(connection.bus, call.message, 5000, &error.error);
+    if (lock && reply.message)
+        holdSleepLockUntilShown(connection.bus);
     dbus_connection_close(connection.bus);
     if (!reply.message) {
         if (dbus_error_has_name(&error.error, DBUS_ERROR_SERVICE_UNKNOWN) ||

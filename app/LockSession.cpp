@@ -5,6 +5,7 @@
 #include "lockscreen/BackgroundBuilder.h"
 #include "lockscreen/BatteryWidget.h"
 #include "lockscreen/LockClock.h"
+#include "lockscreen/LockCover.h"
 #include "lockscreen/LockScreenViews.h"
 #include "lockscreen/LockWindow.h"
 #include "lockscreen/MailBadge.h"
@@ -35,7 +36,8 @@ LockSession::LockSession(Services services, const Preferences& preferences,
       m_makeKeyCall(services.scheduler), m_kioskCall(services.scheduler),
       m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
       m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler),
-      m_grabRefresh(services.scheduler), m_pressSettling(services.scheduler)
+      m_grabRefresh(services.scheduler), m_pressSettling(services.scheduler),
+      m_cover(std::make_unique<LockCover>()), m_shownCheck(services.scheduler)
 {
     // A grab another client took from us (by unmapping the lock window, say) is asked for again
     // at once, and retried while someone else holds it.
@@ -63,9 +65,14 @@ bool LockSession::holdsInput() const
            m_services.shield.holdsPointer();
 }
 
+QList<QWidget*> LockSession::coverWindows() const
+{
+    return m_cover->windows();
+}
+
 QList<QWidget*> LockSession::shieldedWindows() const
 {
-    QList<QWidget*> shielded;
+    QList<QWidget*> shielded = m_cover->windows();
     if (m_circuit)
         shielded.append(m_circuit.get());
     return shielded + windows();
@@ -85,6 +92,9 @@ void LockSession::lock()
 {
     if (m_lockActive)
         return;
+    // Security: the desktop is hidden before anything else is done for the lock; what follows
+    // (the background built, the widgets filled) may take a while.
+    m_cover->show(m_services.displays.screenGeometries(), m_widgets.background.coverColour());
     m_widgets.background.positionLock();
     m_closing = false;
     m_lockActive = true;
@@ -251,6 +261,11 @@ void LockSession::kioskMode()
     if (getUnlocking() || !m_lockActive)
         return; // the password was typed before the 0.4 s were up
     m_locked = true;
+    // A clear background shows the desktop through the lock window once it has opened.
+    if (m_preferences.backgroundType == BackgroundBuilder::ClearKind) {
+        m_cover->hide();
+        keepWindowsAbove();
+    }
     if (m_preferences.closeAnimation != 0)
         m_circuitCall.arm(circuitDelay, [this] { showCircuitWindow(); });
     m_wantPointer = true;
@@ -266,6 +281,58 @@ void LockSession::whenKeyboardHeld(std::function<void()> callback)
         return;
     }
     m_keyboardWaiters.push_back(std::move(callback));
+}
+
+void LockSession::whenScreenShown(std::function<void()> callback)
+{
+    if (!m_lockActive || m_closing || getUnlocking()) {
+        callback();
+        return;
+    }
+    m_shownWaiters.push_back(std::move(callback));
+    settleOpening();
+    if (m_shownCheck.isArmed())
+        return;
+    m_shownWaitedFor = 0ms;
+    checkScreenShown();
+}
+
+void LockSession::settleOpening()
+{
+    // The screen as it will stay, at once: the window at home and opaque, shown and holding the
+    // keyboard, instead of sliding or fading in for 0.4 s while the machine waits to sleep.
+    if (m_locked)
+        return;
+    m_services.motion.stop(&m_window);
+    m_services.motion.moveTo(&m_window, firstScreen().topLeft());
+    m_services.motion.setOpacity(&m_window, 1);
+    if (m_makeKeyCall.isArmed()) {
+        m_makeKeyCall.invalidate();
+        makeWindowKey();
+    }
+}
+
+void LockSession::checkScreenShown()
+{
+    const bool shown = m_services.shield.holdsKeyboard() && LockCover::drawn(shieldedWindows());
+    if (!shown && m_shownWaitedFor < shownWaitLimit) {
+        m_shownWaitedFor += shownCheckInterval;
+        m_shownCheck.arm(shownCheckInterval, [this] { checkScreenShown(); });
+        return;
+    }
+    if (!shown)
+        Log::line(QStringLiteral("The lock screen is not drawn everywhere yet; the machine may "
+                                 "sleep all the same."));
+    notifyShownWaiters();
+}
+
+void LockSession::notifyShownWaiters()
+{
+    m_shownCheck.invalidate();
+    auto waiters = std::move(m_shownWaiters);
+    m_shownWaiters.clear();
+    for (auto& waiter : waiters)
+        waiter();
 }
 
 void LockSession::notifyKeyboardWaiters()
@@ -389,6 +456,7 @@ void LockSession::unlock()
     m_inputHeldNotice.hide();
     m_wantPointer = false;
     notifyKeyboardWaiters(); // nothing more to wait for
+    notifyShownWaiters();
     // The synthetic press is let go while the pointer is still ours, so the desktop never sees
     // a button held down.
     m_services.pointer.releasePressedButton();
@@ -421,6 +489,9 @@ void LockSession::closeWindow()
     m_widgets.mail.resetCount();
     m_locked = false;
     m_closing = true;
+    // The desktop shows again behind a closing movement.
+    m_cover->hide();
+    keepWindowsAbove();
     m_widgets.music.stopTimers();
     const int animation = m_preferences.closeAnimation;
     if (animation == 0) {
@@ -428,6 +499,7 @@ void LockSession::closeWindow()
         m_services.motion.stop(&m_window);
         m_widgets.background.hideCoverWindows();
         m_window.hide();
+        m_window.releaseNativeWindow();
         m_lockActive = false;
         reportBackgroundFailure();
         // The lock's pictures are freed by now; the desktop is back already.
@@ -489,6 +561,7 @@ void LockSession::actuallyCloseWindow()
     m_services.motion.stop(&m_window);
     m_widgets.background.hideCoverWindows();
     m_window.hide();
+    m_window.releaseNativeWindow();
     m_window.move(firstScreen().topLeft());
     m_unActiveCall.arm(unActiveDelay, [this] { unActive(); });
 }

@@ -16,6 +16,7 @@ class Clock;
 class Dialogs;
 class DisplayPower;
 class LockClock;
+class LockCover;
 class MailBadge;
 class MusicWidget;
 class LockScreenViews;
@@ -81,6 +82,11 @@ public:
     static constexpr std::chrono::milliseconds pressSettlingTime{100};
     // How often a lock asks the X server again for its grabs and puts its windows back on top.
     static constexpr std::chrono::milliseconds grabRefreshInterval{1000};
+    // How often, and for how long at most, the sleep waits for the lock screen to be drawn: the
+    // login manager lets a delay inhibitor hold the sleep back for 5 s, and the machine should
+    // sleep within a second all the same.
+    static constexpr std::chrono::milliseconds shownCheckInterval{5};
+    static constexpr std::chrono::milliseconds shownWaitLimit{900};
 
     LockSession(Services services, const Preferences& preferences, DisplayPower& displayPower,
                 LockWindow& window, LockScreenViews& views, Widgets widgets);
@@ -110,6 +116,11 @@ public:
     // Runs the callback once the lock window is up and holds the keyboard, at once when it
     // already does or when no lock is coming.
     void whenKeyboardHeld(std::function<void()> callback);
+    // Runs the callback once every display shows the lock screen as it will stay: the opening
+    // movement is cut short, every lock window painted and drawn by the X server, the keyboard
+    // held. At once when no lock is coming or the lock is on its way out; after
+    // shownWaitLimit whatever the state, so that nothing holds the sleep back for long.
+    void whenScreenShown(std::function<void()> callback);
 
     bool isLockActive() const { return m_lockActive; }
     // The lock is on its way out: still active until its windows are gone.
@@ -133,6 +144,8 @@ public:
     QList<QWidget*> shieldedWindows() const;
     // Shielded windows again after they changed (a display added, the circuit window shown).
     void keepWindowsAbove();
+    // The covers shown as a lock is asked for, beneath the lock windows; empty when none.
+    QList<QWidget*> coverWindows() const;
 
 private:
     bool tryGrabs();
@@ -146,6 +159,9 @@ private:
     void addWidgets();
     void reportBackgroundFailure();
     QRect firstScreen() const;
+    void settleOpening();
+    void checkScreenShown();
+    void notifyShownWaiters();
 
     Services m_services;
     const Preferences& m_preferences;
@@ -177,4 +193,8 @@ private:
     LockBanner m_inputHeldNotice{"inputHeldNotice", QString::fromLatin1(InputHeldNotice::text),
                                  InputHeldNotice::colour, 0};
     std::vector<std::function<void()>> m_keyboardWaiters;
+    std::unique_ptr<LockCover> m_cover;
+    TimerSlot m_shownCheck;
+    std::chrono::milliseconds m_shownWaitedFor{0};
+    std::vector<std::function<void()>> m_shownWaiters;
 };

@@ -258,6 +258,9 @@ background_figures "the user's picture, a second display beside" custom jpg furt
 # Resident memory over 1,000 lock/unlock cycles: bench/cycles.sh runs the soak in a desktop of its
 # own and prints a section of the report; its growth figure also goes in the main table.
 cycles_section=$("$root/bench/cycles.sh" "$build")
+# From a lock request to no desktop pixel left, the sleep inhibitor's release and memory at 4K:
+# bench/hidden.sh runs in desktops of its own too and prints a section of the report.
+hidden_section=$("$root/bench/hidden.sh" "$build")
 cycles_growth=$(sed -n 's/^| Growth over \([0-9]*\) lock\/unlock cycles | \([^|]*\) | \([^|]*\) |.*/\1|\2|\3/p' \
     <<<"$cycles_section")
 
@@ -366,5 +369,7 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
 
 echo >>"$report"
 printf '%s\n' "$cycles_section" >>"$report"
+echo >>"$report"
+printf '%s\n' "$hidden_section" >>"$report"
 
 cat "$report"

@@ -35,6 +35,35 @@ void setWindowColour(QWidget* window, const QBrush& brush)
     window->setPalette(palette);
 }
 
+// The average of a grid of at most 64 x 64 of the picture's pixels: enough for a cover's colour,
+// and quick at any size.
+QColor averageColour(const QImage& picture)
+{
+    if (picture.isNull())
+        return QColor();
+    constexpr int samples = 64;
+    const int stepX = std::max(1, picture.width() / samples);
+    const int stepY = std::max(1, picture.height() / samples);
+    qint64 red = 0, green = 0, blue = 0, count = 0;
+    for (int y = stepY / 2; y < picture.height(); y += stepY) {
+        for (int x = stepX / 2; x < picture.width(); x += stepX) {
+            const QRgb pixel = picture.pixel(x, y);
+            red += qRed(pixel);
+            green += qGreen(pixel);
+            blue += qBlue(pixel);
+            ++count;
+        }
+    }
+    return count ? QColor(int(red / count), int(green / count), int(blue / count)) : QColor();
+}
+
+QColor linenAverage()
+{
+    const QImage tile(ImageLibrary::resourcePath(QStringLiteral("linen")));
+    const QColor average = averageColour(tile);
+    return average.isValid() ? average : QColor(0x2b, 0x2f, 0x36);
+}
+
 // The picture as shown: at its size on the screen, in device pixels; scaled here only when the
 // decoder could not deliver it at that size.
 QPixmap shownPicture(const QImage& picture, const QSizeF& size, double pixelRatio)
@@ -196,11 +225,16 @@ void BackgroundBuilder::buildPrimary(int width, int height)
     if (bytes.isEmpty() && kind != ClearKind) {
         // Linen; a picture from an earlier build of this run stays over it, as designed.
         setWindowColour(&m_window, linen());
-    } else if (!bytes.isEmpty()) {
+        m_coverColour = linenAverage();
+    } else if (kind == ClearKind) {
+        m_coverColour = Qt::black;
+    } else {
         background->setGeometry(0, 0, width, height);
         background->clearPicture();
         const ShownPicture shown = showPicture(bytes, width, height, background, &m_window);
         background->setGeometry(0, 0, width, height);
+        const QColor average = averageColour(shown.picture);
+        m_coverColour = average.isValid() ? average : linenAverage();
         if (m_pictureShown)
             m_pictureShown(shown.picture, shown.size);
     }

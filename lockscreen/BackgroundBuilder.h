@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QList>
 #include <QPixmap>
@@ -67,6 +68,9 @@ public:
     void setBackgroundReady(bool ready) { m_backgroundReady = ready; }
     bool backgroundReady() const { return m_backgroundReady; }
     QString cachedDesktopImageURL() const { return m_cachedDesktopImageURL; }
+    // The average colour of the primary background last built, for the cover shown while the
+    // next lock screen is built; a dark grey like linen's before any was built.
+    QColor coverColour() const { return m_coverColour; }
     bool desktopImageLoadFailed() const { return m_desktopImageLoadFailed; }
     bool customImageLoadFailed() const { return m_customImageLoadFailed; }
     void clearLoadFailures();
@@ -101,6 +105,7 @@ private:
     std::function<void()> m_rebuilt;
 
     bool m_backgroundReady = false;
+    QColor m_coverColour{0x2b, 0x2f, 0x36};
     int m_lastScreenWidth = 0;
     int m_lastScreenHeight = 0;
     QString m_cachedDesktopImageURL;

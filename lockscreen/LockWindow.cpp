@@ -27,3 +27,10 @@ void LockWindow::allowTransparency()
 {
     setAttribute(Qt::WA_TranslucentBackground);
 }
+
+void LockWindow::releaseNativeWindow()
+{
+    if (isVisible() || !testAttribute(Qt::WA_WState_Created))
+        return;
+    destroy(true, true);
+}

@@ -16,6 +16,9 @@ public:
     // manager. Only before the window is first shown, and only for that background: such a
     // window takes a few milliseconds longer to map, which the grab would wait for.
     void allowTransparency();
+    // Gives the window's native window and its backing store (a whole screen of pixels, 33 MB at
+    // 3840 x 2160) back while no lock is up; the next show makes them anew, under the cover.
+    void releaseNativeWindow();
     // The view the lock screen's elements are placed in.
     QWidget* contentView() { return this; }
 

@@ -1,5 +1,7 @@
 #include "lockscreen/WindowMotion.h"
 
+#include "platform/QtXcb.h"
+
 #include <QPropertyAnimation>
 #include <QWidget>
 
@@ -27,6 +29,12 @@ void QtWindowMotion::fadeIn(QWidget* window, int milliseconds)
     fade->setEndValue(1.0);
     fade->setDuration(milliseconds);
     fade->setEasingCurve(QEasingCurve::InQuad);
+    // Each step's opacity is a window property that Qt only queues; without a flush it would
+    // wait for the next input event, and with no input the window would jump from 0 to 1.
+    QObject::connect(fade, &QPropertyAnimation::valueChanged, window, [] {
+        if (xcb_connection_t* connection = QtXcb::connection())
+            xcb_flush(connection);
+    });
     fade->start(QAbstractAnimation::DeleteWhenStopped);
 }
 

@@ -18,7 +18,8 @@ SessionBus::Claim SessionBus::claim(QObject* scriptingInterface)
     if (!bus.isConnected())
         return Claim::Unavailable;
     // The object first, so that whoever sees the name finds the object behind it. Only its
-    // scriptable properties, mail and lock (see ScriptingInterface).
+    // scriptable properties, mail and lock, and its one scriptable method (see
+    // ScriptingInterface).
     bus.registerObject(QString::fromLatin1(ScriptingInterface::objectPath), scriptingInterface,
                        QDBusConnection::ExportScriptableProperties |
                            QDBusConnection::ExportScriptableSlots);

@@ -3,6 +3,9 @@
 #include "app/AppDelegate.h"
 #include "platform/Log.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+
 ScriptingInterface::ScriptingInterface(AppDelegate& delegate, QObject* parent)
     : QObject(parent), m_delegate(delegate)
 {
@@ -43,4 +46,14 @@ bool ScriptingInterface::lockAndReport()
         return true;
     Log::line(QStringLiteral("Locking: ") + QString::fromLatin1(inputHeldElsewhereMessage));
     return false;
+}
+
+void ScriptingInterface::WaitUntilShown()
+{
+    if (!calledFromDBus())
+        return;
+    setDelayedReply(true);
+    QDBusConnection bus = connection();
+    const QDBusMessage reply = message().createReply();
+    m_delegate.whenLockShown([bus, reply]() mutable { bus.send(reply); });
 }

@@ -11,7 +11,11 @@ class AppDelegate;
 //
 // Security: anything that can talk to the user's session bus can lock the screen this way, as
 // the user's own scripts and an ssh login of the same user are meant to; nothing in this
-// interface unlocks, and mail and lock are the only properties on the bus.
+// interface unlocks, and mail and lock are the only properties on the bus. Of the two methods,
+// lockScreen locks as a write of `lock` does and says whether the lock holds the input, and
+// WaitUntilShown only answers late: once the lock screen shows on every display (at once when
+// no lock is active), for a caller that holds the machine's sleep back until then (xss-lock's
+// --transfer-sleep-lock hands its sleep inhibitor to `tessarine lock`).
 class ScriptingInterface : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -42,6 +46,7 @@ public slots:
     // `tessarine lock`: locks like a write of 1 to `lock`, and answers with an error when the
     // screen is covered but another program holds the keyboard or the pointer.
     Q_SCRIPTABLE void lockScreen();
+    Q_SCRIPTABLE void WaitUntilShown();
 
 signals:
     // An unread-mail count reported from outside, for the mail badge.

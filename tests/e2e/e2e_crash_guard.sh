@@ -13,7 +13,10 @@ desktop_colour=#336699
 ulimit -c 0
 export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}handle_segv=0:handle_abort=0
 write_password k3y
+# The streams of keys typed across the crashes would make the lock take keys slowly
+# (e2e_guessing tests that): turned off here.
 options="<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer>
+<key>slowGuesses</key><false/>
 <key>useShortcut</key><true/><key>shortcutModifier1</key><integer>0</integer>
 <key>shortcutModifier2</key><integer>256</integer><key>shortcutModifier3</key><integer>2048</integer>
 <key>shortcutKey</key><integer>37</integer><key>shortcutString</key><string>L</string>"

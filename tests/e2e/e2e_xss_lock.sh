@@ -31,7 +31,8 @@ wait_until 5 more_than inhibited 1 || fail "Tessarine took no inhibitor after wa
 
 inhibited=$(logind_count inhibited)
 xss-lock -- tessarine lock >"$RIG_DIR/xss-lock.log" 2>&1 &
-RIG_PIDS+=($!)
+xss=$!
+RIG_PIDS+=($xss)
 wait_until 5 more_than inhibited "$inhibited" || fail "xss-lock took no sleep inhibitor: $(cat "$RIG_DIR/xss-lock.log")"
 wait_until 5 more_than session 0 || fail "xss-lock did not ask for its session"
 # It then makes its proxy of the session, with no sign of it outside; a locker that ended before
@@ -55,4 +56,31 @@ logind lock-session
 wait_until 3 keyboard_grabbed_by_other || fail "the session's Lock did not lock: $(cat "$RIG_DIR/xss-lock.log")"
 unlock "lock-session"
 kill -0 "$TESSARINE_PID" || fail "tessarine ended"
+
+# With --transfer-sleep-lock xss-lock hands its sleep inhibitor to `tessarine lock`, which closes
+# it only once the lock screen shows: at that moment the keyboard is held and not one of 25
+# points of the screen shows the (magenta) desktop.
+kill "$xss"
+wait "$xss" 2>/dev/null
+"$HIDDEN_TIMER" desktop >"$RIG_DIR/desktop.out" &
+RIG_PIDS+=($!)
+wait_until 5 grep -q ready "$RIG_DIR/desktop.out" || fail "the desktop colour did not show"
+inhibited=$(logind_count inhibited)
+sessions=$(logind_count session)
+xss-lock --transfer-sleep-lock -- tessarine lock >"$RIG_DIR/xss-lock.log" 2>&1 &
+RIG_PIDS+=($!)
+wait_until 5 more_than inhibited "$inhibited" || fail "xss-lock --transfer-sleep-lock took no inhibitor"
+wait_until 5 more_than session "$sessions" || fail "the second xss-lock did not ask for its session"
+sleep 0.3
+released=$(logind_count released)
+logind sleep
+# Tessarine's own inhibitor (let go at once, lock on wake being off) and the one handed over.
+wait_until 5 more_than released $((released + 1)) || fail "the handed inhibitor was never let go"
+last=$(grep '^released' "$RIG_DIR/logind.out" | tail -n1)
+echo "transferred: $last"
+read -r _ grabbed _ showing _ after <<<"$last"
+[ "$grabbed" = grabbed ] || fail "the handed inhibitor went before the keyboard was held"
+[ "$showing" = 0 ] || fail "the handed inhibitor went with $showing of 25 points showing the desktop"
+unlock "transferred sleep"
+logind wake
 echo PASS

@@ -4,8 +4,10 @@
 // Commands on standard input, one a line: "sleep" and "wake" send PrepareForSleep(true/false),
 // "lock-session" sends the session's Lock.
 // Lines on standard output: "inhibited" when a delay inhibitor was taken; "released grabbed" or
-// "released free" when it was let go, telling whether the keyboard was grabbed at that moment;
-// "session" when a caller asked for its session.
+// "released free" when it was let go, telling whether the keyboard was grabbed at that moment,
+// followed by "desktop N" (how many of 25 points of the screen showed the tests' desktop colour
+// at that moment, -1 when unreadable) and "after MS" (milliseconds since the last
+// PrepareForSleep(true), or -1); "session" when a caller asked for its session.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
@@ -14,7 +16,11 @@
 #include <QDBusUnixFileDescriptor>
 #include <QSocketNotifier>
 
+#include "desktop_pixels.h"
+
 #include <xcb/xcb.h>
+
+#include <chrono>
 
 #include <cstdio>
 #include <cstdlib>
@@ -44,6 +50,25 @@ bool keyboardGrabbed()
     return grabbed;
 }
 
+int desktopShowing()
+{
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    const int count = xcb_connection_has_error(c) ? -1 : DesktopPixels::showingDesktop(c);
+    xcb_disconnect(c);
+    return count;
+}
+
+std::chrono::steady_clock::time_point lastSleep;
+bool slept = false;
+
+double msSinceSleep()
+{
+    if (!slept)
+        return -1;
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - lastSleep)
+        .count();
+}
+
 } // namespace
 
 class Manager : public QObject, protected QDBusContext
@@ -67,7 +92,11 @@ public slots:
             if (::read(ends[0], &byte, 1) > 0)
                 return;
             notifier->setEnabled(false);
-            std::printf("released %s\n", keyboardGrabbed() ? "grabbed" : "free");
+            // The screen first: it is what a machine sleeping now would wake up showing.
+            const double after = msSinceSleep();
+            const int desktop = desktopShowing();
+            std::printf("released %s desktop %d after %.1f\n",
+                        keyboardGrabbed() ? "grabbed" : "free", desktop, after);
             std::fflush(stdout);
             ::close(ends[0]);
             notifier->deleteLater();
@@ -87,7 +116,14 @@ signals:
 
 public:
     static constexpr const char* sessionPath = "/org/freedesktop/login1/session/rig";
-    void send(bool sleeping) { emit PrepareForSleep(sleeping); }
+    void send(bool sleeping)
+    {
+        if (sleeping) {
+            lastSleep = std::chrono::steady_clock::now();
+            slept = true;
+        }
+        emit PrepareForSleep(sleeping);
+    }
 
 private:
     QDBusObjectPath session()

@@ -418,8 +418,8 @@ private slots:
         QCOMPARE(windows.size(), 2);
         QVERIFY(windows.at(1)->isVisible());
         QCOMPARE(windows.at(1)->geometry(), QRect(2560, 0, 1920, 1080));
-        // Kept above everything with the primary window.
-        QCOMPARE(program.shield.above, windows);
+        // Kept above everything with the primary window, over the cover shown as it locked.
+        QCOMPARE(program.shield.above, program.delegate->session()->coverWindows() + windows);
         QCOMPARE(program.delegate->views()->lockImage()->geometry(), QRect(1227, 641, 107, 159));
     }
 

@@ -46,7 +46,11 @@ private slots:
         QVERIFY(program.shield.pointer);
         program.scheduler.advance(0ms);
         QVERIFY(program.shield.keyboard);
-        QCOMPARE(program.shield.above, QList<QWidget*>({program.delegate->window()}));
+        // A cover beneath the lock window, from the moment the lock was asked for.
+        QCOMPARE(session->coverWindows().size(), 1);
+        QVERIFY(session->coverWindows().first()->isVisible());
+        QCOMPARE(program.shield.above,
+                 session->coverWindows() + QList<QWidget*>({program.delegate->window()}));
         QVERIFY(!session->getLocked());
         program.scheduler.advance(399ms);
         QVERIFY(!session->getLocked());

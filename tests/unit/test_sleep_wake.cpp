@@ -1,5 +1,6 @@
 #include "StartedProgram.h"
 
+#include "app/LockSession.h"
 #include "input/PasswordFile.h"
 
 #include <QTest>
@@ -66,6 +67,62 @@ private slots:
         program.shield.keyboardFree = true;
         program.scheduler.advance(20ms);
         QVERIFY(program.shield.keyboard);
+        QVERIFY(!program.system.held);
+    }
+
+    void aKeyboardNeverFreeHoldsTheSleepBackForUnderASecond()
+    {
+        TestLibrary library;
+        library.configure("<key>lockOnWake</key><true/>");
+        StartedProgram program(library.folder());
+        program.shield.keyboardFree = false;
+        program.system.sleep();
+        program.scheduler.advance(850ms);
+        QVERIFY(program.system.held);
+        program.scheduler.advance(100ms);
+        QVERIFY(!program.system.held);
+        QCOMPARE(program.system.releases, 1);
+    }
+
+    void aSleepDuringTheClosingSlideLetsTheMachineSleepAtOnce()
+    {
+        TestLibrary library;
+        library.configure(
+            "<key>lockOnWake</key><true/><key>closeAnimation</key><integer>1</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        program.delegate->unlock();
+        QVERIFY(program.delegate->isLockActive()); // sliding out
+        program.system.sleep();
+        QVERIFY(!program.system.held);
+        QCOMPARE(program.system.releases, 1);
+    }
+
+    void anEndingLockLetsTheWaitingSleepGo()
+    {
+        TestLibrary library;
+        library.configure("<key>lockOnWake</key><true/>");
+        StartedProgram program(library.folder());
+        program.shield.keyboardFree = false;
+        program.system.sleep();
+        QVERIFY(program.system.held);
+        program.delegate->unlock();
+        QVERIFY(!program.system.held);
+    }
+
+    void theOpeningSlideIsCutShortForTheSleep()
+    {
+        TestLibrary library;
+        library.configure(
+            "<key>lockOnWake</key><true/><key>startAnimation</key><integer>1</integer>");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(50ms);
+        program.motion.log.clear();
+        program.system.sleep();
+        // Put where the slide ends, opaque, rather than left to slide on for 0.35 s.
+        QCOMPARE(program.motion.log, QStringList({"move 0,0", "opacity 1"}));
         QVERIFY(!program.system.held);
     }
 
