@@ -118,6 +118,15 @@ bool GuardProcess::watch()
     return start();
 }
 
+void GuardProcess::destroyWatchWindow()
+{
+    if (m_watchWindow == XCB_NONE)
+        return;
+    xcb_destroy_window(m_connection, m_watchWindow);
+    xcb_flush(m_connection);
+    m_watchWindow = XCB_NONE;
+}
+
 void GuardProcess::guardEnded()
 {
     // The guard never writes to us: anything readable here is the end of its socket.
@@ -127,11 +136,7 @@ void GuardProcess::guardEnded()
     m_guardWatch.reset();
     ::close(m_control);
     m_control = -1;
-    if (m_watchWindow != XCB_NONE) {
-        xcb_destroy_window(m_connection, m_watchWindow);
-        xcb_flush(m_connection);
-        m_watchWindow = XCB_NONE;
-    }
+    destroyWatchWindow();
     if (m_pid > 0)
         m_ending.push_back(m_pid);
     m_pid = -1;
@@ -190,9 +195,7 @@ bool GuardProcess::start()
     ::close(pair[1]);
     if (error != 0) {
         ::close(pair[0]);
-        xcb_destroy_window(m_connection, m_watchWindow);
-        xcb_flush(m_connection);
-        m_watchWindow = XCB_NONE;
+        destroyWatchWindow();
         return false;
     }
     m_control = pair[0];
@@ -212,11 +215,7 @@ void GuardProcess::unlocked()
     ::close(m_control);
     m_control = -1;
     // After the word: the guard reads it before it hears of the window's end.
-    if (m_watchWindow != XCB_NONE) {
-        xcb_destroy_window(m_connection, m_watchWindow);
-        xcb_flush(m_connection);
-        m_watchWindow = XCB_NONE;
-    }
+    destroyWatchWindow();
     if (m_pid > 0) {
         m_ending.push_back(m_pid);
         // A guard that does not end (stopped, hung) would keep its passive grabs, and the first

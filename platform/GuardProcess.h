@@ -48,6 +48,7 @@ private:
     bool start();
     // The guard's end of the socket closed while we still watch: it died; another takes its place.
     void guardEnded();
+    void destroyWatchWindow();
 
     xcb_connection_t* m_connection;
     int m_control = -1;
