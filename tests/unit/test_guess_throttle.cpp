@@ -3,6 +3,7 @@
 
 #include <QTest>
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -57,11 +58,11 @@ private slots:
         GuessThrottle throttle(clock);
         throttle.reset();
         const double start = clock.absoluteSeconds();
-        // The machine types as fast as the keys are taken: every dropped key is typed again
-        // after a millisecond.
+        // The machine types as fast as the keys are taken: a dropped key is typed again the
+        // moment the next one would be taken (and a millisecond later at the soonest).
         for (int i = 0; i < stream.size(); ++i) {
             while (!throttle.admit())
-                clock.advanceSeconds(0.001);
+                clock.advanceSeconds(std::max(0.001, throttle.secondsUntilNextKey()));
             throttle.keyCompletedNothing();
             clock.advanceSeconds(0.001);
         }
