@@ -73,6 +73,8 @@ public:
     // Runs the callback once the lock screen shows on every display as it will stay, at once
     // when no lock is active (see LockSession::whenScreenShown).
     void whenLockShown(std::function<void()> callback);
+    // See LockSession::whenInputHeld.
+    void whenInputHeld(std::function<void(bool)> callback);
     bool isLockActive() const;
     bool getLocked() const;
     // Whether the X server says the lock holds both keyboard and pointer.

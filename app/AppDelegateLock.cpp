@@ -101,6 +101,11 @@ void AppDelegate::lockAppleScript()
     lock();
 }
 
+void AppDelegate::whenInputHeld(std::function<void(bool)> callback)
+{
+    m_session->whenInputHeld(std::move(callback));
+}
+
 void AppDelegate::whenLockShown(std::function<void()> callback)
 {
     m_session->whenScreenShown(std::move(callback));

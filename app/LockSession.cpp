@@ -37,7 +37,8 @@ LockSession::LockSession(Services services, const Preferences& preferences,
       m_circuitCall(services.scheduler), m_closeCall(services.scheduler),
       m_unActiveCall(services.scheduler), m_grabRetry(services.scheduler),
       m_grabRefresh(services.scheduler), m_pressSettling(services.scheduler),
-      m_cover(std::make_unique<LockCover>()), m_shownCheck(services.scheduler)
+      m_cover(std::make_unique<LockCover>()), m_shownCheck(services.scheduler),
+      m_inputCheck(services.scheduler)
 {
     // A grab another client took from us (by unmapping the lock window, say) is asked for again
     // at once, and retried while someone else holds it.
@@ -63,6 +64,29 @@ bool LockSession::holdsInput() const
 {
     return m_lockActive && !m_closing && m_services.shield.holdsKeyboard() &&
            m_services.shield.holdsPointer();
+}
+
+void LockSession::whenInputHeld(std::function<void(bool)> callback)
+{
+    if (holdsInput() || !m_lockActive) {
+        callback(holdsInput());
+        return;
+    }
+    m_inputWaiters.push_back(std::move(callback));
+    if (m_inputCheck.isArmed())
+        return;
+    m_inputWaitedFor = std::chrono::milliseconds(0);
+    m_inputCheck.armRepeating(grabRetryFast, [this] {
+        m_inputWaitedFor += grabRetryFast;
+        const bool held = holdsInput();
+        if (!held && m_lockActive && m_inputWaitedFor < inputWaitLimit)
+            return;
+        m_inputCheck.invalidate();
+        auto waiters = std::move(m_inputWaiters);
+        m_inputWaiters.clear();
+        for (auto& waiter : waiters)
+            waiter(held);
+    });
 }
 
 QList<QWidget*> LockSession::coverWindows() const

@@ -128,6 +128,11 @@ public:
     bool getLocked() const { return m_locked; }
     // A lock under way whose keyboard and pointer grabs the X server has granted.
     bool holdsInput() const;
+    // Calls back with true once the lock holds keyboard and pointer (at once when it does), or
+    // with false when it still does not after inputWaitLimit of retries: a grab another client
+    // holds only for a moment (the tray's own, say) is not reported as held elsewhere.
+    void whenInputHeld(std::function<void(bool)> callback);
+    static constexpr std::chrono::milliseconds inputWaitLimit{1000};
     bool getUnlocking() const;
     bool animateWasActiveFlag() const { return m_animateWasActive; }
 
@@ -197,4 +202,7 @@ private:
     TimerSlot m_shownCheck;
     std::chrono::milliseconds m_shownWaitedFor{0};
     std::vector<std::function<void()>> m_shownWaiters;
+    std::vector<std::function<void(bool)>> m_inputWaiters;
+    TimerSlot m_inputCheck;
+    std::chrono::milliseconds m_inputWaitedFor{0};
 };

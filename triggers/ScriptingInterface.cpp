@@ -25,27 +25,35 @@ void ScriptingInterface::setMail(int count)
 
 void ScriptingInterface::setLock(int value)
 {
-    if (value == 1)
-        lockAndReport();
+    if (value != 1)
+        return;
+    m_delegate.lockAppleScript();
+    // A property write cannot be answered with an error, so that caller learns it from the log.
+    m_delegate.whenInputHeld([](bool held) {
+        if (!held)
+            Log::line(QStringLiteral("Locking: ") + QString::fromLatin1(inputHeldElsewhereMessage));
+    });
 }
 
 void ScriptingInterface::lockScreen()
 {
-    if (!lockAndReport() && calledFromDBus())
-        sendErrorReply(QString::fromLatin1(inputHeldElsewhereError),
-                       QString::fromLatin1(inputHeldElsewhereMessage));
-}
-
-bool ScriptingInterface::lockAndReport()
-{
     m_delegate.lockAppleScript();
-    // The grabs were asked for before the lock request returns: nobody is told that the screen
-    // is locked while another program still holds the keyboard or the pointer. A property write
-    // cannot be answered with an error, so that caller learns it from the log.
-    if (m_delegate.holdsInput())
-        return true;
-    Log::line(QStringLiteral("Locking: ") + QString::fromLatin1(inputHeldElsewhereMessage));
-    return false;
+    // Nobody is told that the screen is locked while another program still holds the keyboard
+    // or the pointer: the answer waits for the grabs, or for the retries to give up.
+    const bool fromBus = calledFromDBus();
+    if (fromBus)
+        setDelayedReply(true);
+    QDBusConnection bus = fromBus ? connection() : QDBusConnection(QString());
+    const QDBusMessage call = fromBus ? message() : QDBusMessage();
+    m_delegate.whenInputHeld([fromBus, bus, call](bool held) mutable {
+        if (!held)
+            Log::line(QStringLiteral("Locking: ") + QString::fromLatin1(inputHeldElsewhereMessage));
+        if (!fromBus)
+            return;
+        bus.send(held ? call.createReply()
+                      : call.createErrorReply(QString::fromLatin1(inputHeldElsewhereError),
+                                              QString::fromLatin1(inputHeldElsewhereMessage)));
+    });
 }
 
 void ScriptingInterface::WaitUntilShown()

@@ -53,8 +53,5 @@ signals:
     void mailReported(int count);
 
 private:
-    // Locks; false, said in the log, when the lock does not hold keyboard and pointer.
-    bool lockAndReport();
-
     AppDelegate& m_delegate;
 };
