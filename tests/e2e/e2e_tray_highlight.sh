@@ -9,8 +9,11 @@ highlight=#3875d7
 start_tessarine
 wait_until 5 tray_icon_embedded || fail "no tray icon"
 icon=$(tray_icon_windows | head -n1)
+# The icon's window is looked up each time: the tray may embed a new one for a new image.
 highlighted_pixels() {
-    import -window "$icon" "$RIG_DIR/icon.png" 2>/dev/null
+    local window
+    window=$(tray_icon_windows | head -n1)
+    import -window "$window" "$RIG_DIR/icon.png" 2>/dev/null || { echo 0; return; }
     count_colour "$RIG_DIR/icon.png" "$highlight"
 }
 highlighted() { [ "$(highlighted_pixels)" -gt 20 ]; }
@@ -19,7 +22,7 @@ sleep 0.3
 
 # Held down: highlighted; dragged off and let go: plain again, and no lock.
 xdotool mousemove --window "$icon" 11 11 mousedown 1
-wait_until 2 highlighted ||
+wait_until 5 highlighted ||
     fail "the icon is not highlighted while the button is held on it"
 xdotool mousemove 640 400 mouseup 1
 sleep 0.3
