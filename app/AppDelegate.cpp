@@ -129,7 +129,7 @@ void AppDelegate::applicationDidFinishLaunching()
     checkForBattery();
     if (m_statusItem)
         m_scheduledLock->buildDelayMenu(m_statusItem->lockoutItem()->menu());
-    m_views->placeContact(m_platform.displays.primaryPixelSize().width());
+    m_views->placeContact(m_platform.displays.primaryGeometry().width());
     loadSettings();
     if (m_preferences.backgroundType == BackgroundBuilder::ClearKind)
         m_window->allowTransparency();

@@ -96,10 +96,12 @@ QList<QWidget*> LockSession::coverWindows() const
 
 QList<QWidget*> LockSession::shieldedWindows() const
 {
+    // Bottom to top. The primary lock window comes last: where displays overlap (mirrored
+    // monitors), a further display's cover must not hide the clock, the notices or the buttons.
     QList<QWidget*> shielded = m_cover->windows();
     if (m_circuit)
         shielded.append(m_circuit.get());
-    return shielded + windows();
+    return shielded + m_widgets.background.coverWindows() + QList<QWidget*>{&m_window};
 }
 
 void LockSession::keepWindowsAbove()
@@ -521,7 +523,7 @@ void LockSession::closeWindow()
     if (animation == 0) {
         tearDownViews();
         m_services.motion.stop(&m_window);
-        m_widgets.background.hideCoverWindows();
+        m_widgets.background.releaseCoverWindows();
         m_window.hide();
         m_window.releaseNativeWindow();
         m_lockActive = false;
@@ -583,7 +585,7 @@ void LockSession::actuallyCloseWindow()
 {
     tearDownViews();
     m_services.motion.stop(&m_window);
-    m_widgets.background.hideCoverWindows();
+    m_widgets.background.releaseCoverWindows();
     m_window.hide();
     m_window.releaseNativeWindow();
     m_window.move(firstScreen().topLeft());

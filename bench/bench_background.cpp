@@ -37,7 +37,6 @@ class SizedDisplays final : public Displays
 public:
     QRect primary{0, 0, 1920, 1080};
     QList<QRect> others;
-    QSize primaryPixelSize() const override { return primary.size(); }
     QRect primaryGeometry() const override { return primary; }
     QList<QRect> screenGeometries() const override { return QList<QRect>{primary} + others; }
 };

@@ -15,6 +15,7 @@
 #include <QGraphicsDropShadowEffect>
 #include <QImageReader>
 #include <QLabel>
+#include <QPixmap>
 
 #include <cmath>
 
@@ -66,15 +67,14 @@ QColor linenAverage()
 
 // The picture as shown: at its size on the screen, in device pixels; scaled here only when the
 // decoder could not deliver it at that size.
-QPixmap shownPicture(const QImage& picture, const QSizeF& size, double pixelRatio)
+QImage shownPicture(const QImage& picture, const QSizeF& size, double pixelRatio)
 {
     if (picture.isNull() || size.width() < 1 || size.height() < 1)
-        return QPixmap();
+        return QImage();
     const QSize pixels = (size * pixelRatio).toSize();
-    QPixmap shown =
-        QPixmap::fromImage(picture.size() == pixels ? picture
-                                                    : picture.scaled(pixels, Qt::IgnoreAspectRatio,
-                                                                     Qt::SmoothTransformation));
+    QImage shown = picture.size() == pixels
+                       ? picture
+                       : picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     shown.setDevicePixelRatio(pixelRatio);
     return shown;
 }
@@ -99,7 +99,9 @@ ShownPicture showPicture(const QByteArray& bytes, int width, int height, Backgro
     const PictureFit fit = PictureFit::choose(width, height, own.width(), own.height());
     if (fit.onLinen)
         setWindowColour(window, linen());
-    view->setPicture(shownPicture(picture, fit.size, pixelRatio));
+    const QImage shown = shownPicture(picture, fit.size, pixelRatio);
+    // Kept compressed; the whole picture at hand paints the first frame.
+    view->setPicture(TiledPicture::compressedLater(shown, pixelRatio), shown);
     return {std::move(picture), fit.size, fit.onLinen};
 }
 
@@ -330,10 +332,12 @@ void BackgroundBuilder::showCoverPicture(int index, const QByteArray& bytes, Bac
     cached = CoverPicture{key, view->picture(), shown.onLinen};
 }
 
-void BackgroundBuilder::hideCoverWindows()
+void BackgroundBuilder::releaseCoverWindows()
 {
+    // Hidden, each would keep a display's worth of backing store until the next lock.
     for (const auto& cover : m_coverWindows)
         cover->hide();
+    m_coverWindows.clear();
 }
 
 QList<QWidget*> BackgroundBuilder::coverWindows() const

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "lockscreen/TiledPicture.h"
+
 #include <QColor>
 #include <QImage>
 #include <QList>
-#include <QPixmap>
 #include <QSizeF>
 #include <QString>
 
@@ -77,7 +78,8 @@ public:
 
     // The cover windows of the further displays, in screen order.
     QList<QWidget*> coverWindows() const;
-    void hideCoverWindows();
+    // Hides and frees them once the lock is over.
+    void releaseCoverWindows();
 
     // Decodes a picture within the memory bound above; a null image when it does not decode.
     // `size` receives the picture's own size (0 x 0 when unknown). `shownPixels`, given that own
@@ -123,7 +125,7 @@ private:
             double pixelRatio = 0;
             bool operator==(const Key&) const = default;
         } key;
-        QPixmap shown;
+        TiledPicture shown;
         bool onLinen = false;
     };
     std::map<int, CoverPicture> m_coverPictures;

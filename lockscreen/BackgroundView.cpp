@@ -1,5 +1,6 @@
 #include "lockscreen/BackgroundView.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -8,17 +9,22 @@
 BackgroundView::BackgroundView(QWidget* parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
+    connect(&m_compression, &QFutureWatcher<void>::finished, this, &BackgroundView::letGoOfWhole);
 }
 
-void BackgroundView::setPicture(const QPixmap& picture)
+void BackgroundView::setPicture(const TiledPicture& picture, const QImage& whole)
 {
     m_picture = picture;
+    m_whole = whole;
+    m_paintedWhole = false;
+    m_compression.setFuture(picture.compressed());
     update();
 }
 
 void BackgroundView::clearPicture()
 {
-    m_picture = QPixmap();
+    m_picture = TiledPicture();
+    m_whole = QImage();
     update();
 }
 
@@ -34,7 +40,7 @@ void BackgroundView::setShadow(const ShadowStyle& shadow)
     update();
 }
 
-void BackgroundView::paintEvent(QPaintEvent*)
+void BackgroundView::paintEvent(QPaintEvent* event)
 {
     if (m_picture.isNull())
         return;
@@ -55,5 +61,26 @@ void BackgroundView::paintEvent(QPaintEvent*)
             painter.drawRect(QRectF(target).translated(offset).adjusted(-grow, -grow, grow, grow));
         }
     }
-    painter.drawPixmap(target, m_picture);
+    if (m_whole.isNull()) {
+        m_picture.draw(painter, target.topLeft(), event->rect());
+        return;
+    }
+    painter.drawImage(target.topLeft(), m_whole);
+    if (event->rect().contains(target.intersected(rect()))) {
+        m_paintedWhole = true;
+        letGoOfWhole();
+    }
+}
+
+void BackgroundView::hideEvent(QHideEvent* event)
+{
+    m_paintedWhole = true;
+    letGoOfWhole();
+    QWidget::hideEvent(event);
+}
+
+void BackgroundView::letGoOfWhole()
+{
+    if (m_paintedWhole && m_compression.isFinished())
+        m_whole = QImage();
 }

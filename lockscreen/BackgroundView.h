@@ -1,8 +1,9 @@
 #pragma once
 
 #include "lockscreen/TextColour.h"
+#include "lockscreen/TiledPicture.h"
 
-#include <QPixmap>
+#include <QFutureWatcher>
 #include <QWidget>
 
 // The picture behind a lock screen, drawn at the size chosen for it and centred, so that a
@@ -14,10 +15,12 @@ class BackgroundView : public QWidget
 public:
     explicit BackgroundView(QWidget* parent = nullptr);
 
-    // The picture, already scaled to the size it is shown at.
-    void setPicture(const QPixmap& picture);
+    // The picture, already scaled to the size it is shown at. It is kept in tiles: a paint
+    // decodes only what it shows. `whole`, the same picture decoded, paints until the view has
+    // been painted whole once and the tiles are made, and is let go then.
+    void setPicture(const TiledPicture& picture, const QImage& whole = QImage());
     void clearPicture();
-    const QPixmap& picture() const { return m_picture; }
+    const TiledPicture& picture() const { return m_picture; }
     bool hasPicture() const { return !m_picture.isNull(); }
     // Where the picture lies in the view.
     QRect pictureRect() const;
@@ -27,8 +30,14 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
-    QPixmap m_picture;
+    void letGoOfWhole();
+
+    TiledPicture m_picture;
+    QImage m_whole;
+    bool m_paintedWhole = false;
+    QFutureWatcher<void> m_compression;
     std::optional<ShadowStyle> m_shadow;
 };

@@ -28,7 +28,9 @@ void LockControls::capslockOn()
 {
     if (!m_preferences.showCapslock)
         return;
-    const double width = m_services.displays.primaryPixelSize().width();
+    // The display's width in the points the lock window is laid out in: at two device pixels
+    // per point a width in pixels would put the notice past the right edge.
+    const double width = m_services.displays.primaryGeometry().width();
     QLabel* notice = m_views.capslockText();
     notice->setText(QString::fromLatin1(capslockLiveText));
     m_views.placeFromBottomLeft(notice, QRectF(width - 140.0, 0.0, 140.0, 23.0));

@@ -202,12 +202,12 @@ QLabel* LockScreenViews::makeTextField(const char* name, int fontSize)
     return field;
 }
 
-void LockScreenViews::placeContact(int primaryPixelWidth)
+void LockScreenViews::placeContact(int primaryWidth)
 {
     const QFontMetricsF metrics(m_contact->font());
     const QString text = m_contact->text();
     const int textWidth = static_cast<int>(metrics.horizontalAdvance(text));
-    const double x = primaryPixelWidth * 0.5 - (textWidth / 2);
+    const double x = primaryWidth * 0.5 - (textWidth / 2);
     m_contactFrame = QRectF(x, 200, 400, metrics.height());
     placeFromBottomEdge();
 }

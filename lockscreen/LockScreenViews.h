@@ -36,9 +36,9 @@ public:
     LockScreenViews(const LockScreenViews&) = delete;
     LockScreenViews& operator=(const LockScreenViews&) = delete;
 
-    // The contact line is centred on the primary display's width in pixels, 200 points above the
-    // bottom edge.
-    void placeContact(int primaryPixelWidth);
+    // The contact line is centred on the primary display's width (in points), 200 points above
+    // the bottom edge.
+    void placeContact(int primaryWidth);
     QRectF contactFrame() const { return m_contactFrame; }
 
     // The start-up colours: dark text turns the password field white on black; light text

@@ -33,13 +33,6 @@ QRect usableGeometry(const QScreen* screen)
 
 } // namespace
 
-QSize QtDisplays::primaryPixelSize() const
-{
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const qreal ratio = screen ? screen->devicePixelRatio() : 1.0;
-    return (QSizeF(usableGeometry(screen).size()) * ratio).toSize();
-}
-
 QRect QtDisplays::primaryGeometry() const
 {
     return usableGeometry(QGuiApplication::primaryScreen());

@@ -9,8 +9,6 @@ class Displays
 {
 public:
     virtual ~Displays() = default;
-    // The primary display's size in device pixels (its current mode).
-    virtual QSize primaryPixelSize() const = 0;
     // The primary display's geometry in device-independent pixels, origin top-left.
     virtual QRect primaryGeometry() const = 0;
     // Every display's geometry, the primary (first) display first.
@@ -20,7 +18,6 @@ public:
 class QtDisplays final : public Displays
 {
 public:
-    QSize primaryPixelSize() const override;
     QRect primaryGeometry() const override;
     QList<QRect> screenGeometries() const override;
 };

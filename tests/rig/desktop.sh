@@ -155,6 +155,16 @@ pixel() {
     convert "$1" -format "%[hex:p{$2,$3}]" info: | tr 'A-F' 'a-f' | sed 's/^/#/; s/^\(#......\).*/\1/'
 }
 
+# Whether two #rrggbb colours differ by at most 3 in each channel: a background picture is kept
+# compressed, so a plain one may come back a step off.
+colour_near() {
+    local a=${1#\#} b=${2#\#} i
+    for i in 0 2 4; do
+        local d=$((16#${a:i:2} - 16#${b:i:2}))
+        ((d >= -3 && d <= 3)) || return 1
+    done
+}
+
 # How many pixels of a screenshot have exactly this colour.
 count_colour() {
     convert "$1" -fill black +opaque "$2" -fill white -opaque "$2" -format '%[fx:round(mean*w*h)]' info:

@@ -55,10 +55,8 @@ public:
 class FakeDisplays final : public Displays
 {
 public:
-    QSize pixelSize{1920, 1080};
     QRect geometry{0, 0, 1920, 1080};
     QList<QRect> others; // displays beyond the primary one
-    QSize primaryPixelSize() const override { return pixelSize; }
     QRect primaryGeometry() const override { return geometry; }
     QList<QRect> screenGeometries() const override { return QList<QRect>{geometry} + others; }
 };

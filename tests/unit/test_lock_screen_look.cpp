@@ -20,6 +20,8 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <cstdlib>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -41,6 +43,14 @@ QImage solidImage(QSize size, QColor colour)
     QImage image(size, QImage::Format_RGB32);
     image.fill(colour);
     return image;
+}
+
+// A picture is kept compressed between paints, so a solid colour may come back a step off.
+bool looksLike(const QColor& seen, const QColor& expected)
+{
+    return std::abs(seen.red() - expected.red()) <= 3 &&
+           std::abs(seen.green() - expected.green()) <= 3 &&
+           std::abs(seen.blue() - expected.blue()) <= 3;
 }
 
 bool showsLinen(const QWidget* window)
@@ -123,7 +133,7 @@ private slots:
         const BackgroundView* background = program.delegate->views()->background();
         QVERIFY(background->hasPicture());
         QCOMPARE(background->pictureRect(), QRect(0, 0, 1920, 1080));
-        QCOMPARE(background->picture().toImage().pixelColor(960, 700), QColor(Qt::white));
+        QVERIFY(looksLike(background->picture().toImage().pixelColor(960, 700), Qt::white));
         // Snow white below the centre: black text, on disk too.
         QCOMPARE(program.delegate->preferences().textIsBlack, 1);
         QCOMPARE(library.properties()->value("textColor"), QString("integer:1"));
@@ -161,7 +171,8 @@ private slots:
             program.delegate->backgroundBuilder()->coverWindows().value(0);
         QVERIFY(firstCover);
         unlockAndClose(program);
-        QVERIFY(!firstCover->isVisible()); // the end of the lock takes it away
+        // The end of the lock frees it, and the display's worth of backing store with it.
+        QVERIFY(firstCover.isNull());
         // The text colour is decided only when the picture is built: a choice made in between
         // stays.
         program.delegate->colorChanged("White");
@@ -264,13 +275,13 @@ private slots:
         QWidget* cover = program.delegate->backgroundBuilder()->coverWindows().first();
         QVERIFY(showsLinen(cover));
         QCOMPARE(coverPicture().size(), QSize(1920, 480));
-        QCOMPARE(coverPicture().pixelColor(960, 240), QColor(Qt::red));
+        QVERIFY(looksLike(coverPicture().pixelColor(960, 240), Qt::red));
         unlockAndClose(program);
         // The same name, another picture.
         program.pictures.bytes.insert("file:///c.png", solidPicture({1920, 1080}, Qt::blue));
         lockAndOpen(program);
         QCOMPARE(coverPicture().size(), QSize(1920, 1080));
-        QCOMPARE(coverPicture().pixelColor(960, 540), QColor(Qt::blue));
+        QVERIFY(looksLike(coverPicture().pixelColor(960, 540), Qt::blue));
     }
 
     void aLargePictureIsDecodedStraightToTheSizeItIsShownAt()
