@@ -429,8 +429,10 @@ private slots:
         QCOMPARE(windows.size(), 2);
         QVERIFY(windows.at(1)->isVisible());
         QCOMPARE(windows.at(1)->geometry(), QRect(2560, 0, 1920, 1080));
-        // Kept above everything with the primary window, over the cover shown as it locked.
-        QCOMPARE(program.shield.above, program.delegate->session()->coverWindows() + windows);
+        // Kept above everything with the primary window, over the cover shown as it locked; the
+        // primary window is on top, should the displays overlap.
+        const QList<QWidget*> primaryLast{windows.at(1), windows.at(0)};
+        QCOMPARE(program.shield.above, program.delegate->session()->coverWindows() + primaryLast);
         QCOMPARE(program.delegate->views()->lockImage()->geometry(), QRect(1227, 641, 107, 159));
     }
 
