@@ -129,8 +129,9 @@ void AppDelegate::applicationDidFinishLaunching()
     checkForBattery();
     if (m_statusItem)
         m_scheduledLock->buildDelayMenu(m_statusItem->lockoutItem()->menu());
-    m_views->placeContact(m_platform.displays.primaryGeometry().width());
     loadSettings();
+    m_views->setContactText(m_preferences.contactText);
+    m_views->placeContact(m_platform.displays.primaryGeometry().width());
     if (m_preferences.backgroundType == BackgroundBuilder::ClearKind)
         m_window->allowTransparency();
     setShadows();

@@ -200,6 +200,8 @@ public:
     void clearBackground();
     void toggleLockOnWake();
     void lockOnWakeAlertDidEnd(int returnCode);
+    // The contact line's text, as typed in the Appearance pane (empty: no contact line).
+    void setContactText(const QString& text);
     // A click on one of the animation buttons; a choice cannot be cleared.
     void lockAnimationPressed(QRadioButton* sender);
     void unlockAnimationPressed(QRadioButton* sender);

@@ -237,6 +237,18 @@ void AppDelegate::lockOnWakeAlertDidEnd(int returnCode)
     m_preferenceActions->lockOnWakeAlertDidEnd(returnCode);
 }
 
+void AppDelegate::setContactText(const QString& text)
+{
+    // One line, as the lock screen shows it; the field limits the length.
+    const QString line = text.simplified();
+    if (line == m_preferences.contactText)
+        return;
+    m_preferences.contactText = line;
+    m_settingsStore.set(Keys::contactText, line);
+    m_views->setContactText(line);
+    m_views->placeContact(m_platform.displays.primaryGeometry().width());
+}
+
 void AppDelegate::lockAnimationPressed(QRadioButton* sender)
 {
     animationPressed(sender, false);
@@ -293,6 +305,8 @@ void AppDelegate::connectPreferences()
     connect(w->timeoutTextBox(), &QLineEdit::returnPressed, this,
             [this, w] { setTimeout(PreferenceActions::floatValue(w->timeoutTextBox()->text())); });
     connect(w->shortcutText(), &QLineEdit::textEdited, this, &AppDelegate::shortcutText);
+    connect(w->contactTextField(), &QLineEdit::editingFinished, this,
+            [this, w] { setContactText(w->contactTextField()->text()); });
 }
 
 void AppDelegate::connectPreferenceChecks()

@@ -232,6 +232,8 @@ void LockSession::addWidgets()
 void LockSession::fullScreen()
 {
     const QRect screen = firstScreen();
+    // Centred on the display as it is now, which may not be the one the program started on.
+    m_views.placeContact(screen.width());
     const QPoint home = screen.topLeft();
     const int animation = m_preferences.startAnimation;
     if (animation != 0) {

@@ -6,6 +6,7 @@
 #include "lockscreen/LockImageView.h"
 #include "lockscreen/LockWindow.h"
 #include "platform/ImageLibrary.h"
+#include "settings/Preferences.h"
 
 #include <QFontMetricsF>
 #include <QGraphicsDropShadowEffect>
@@ -13,6 +14,8 @@
 #include <QLineEdit>
 #include <QPixmap>
 #include <QPushButton>
+
+#include <algorithm>
 
 namespace {
 
@@ -88,7 +91,7 @@ LockScreenViews::LockScreenViews(LockWindow& window) : m_window(window)
     m_mailImage = makeImageView("mailImage");
 
     m_contact = makeTextField("contact", 15);
-    m_contact->setText(QString::fromLatin1(contactText));
+    m_contact->setText(QString::fromLatin1(Preferences::defaultContactText));
 
     m_albumCover->resize(50, 50);
     // In the bottom-left corner, over the album cover's lower-left quarter.
@@ -202,13 +205,20 @@ QLabel* LockScreenViews::makeTextField(const char* name, int fontSize)
     return field;
 }
 
+void LockScreenViews::setContactText(const QString& text)
+{
+    m_contact->setText(text);
+    m_contact->setVisible(!text.isEmpty());
+}
+
 void LockScreenViews::placeContact(int primaryWidth)
 {
     const QFontMetricsF metrics(m_contact->font());
     const QString text = m_contact->text();
     const int textWidth = static_cast<int>(metrics.horizontalAdvance(text));
     const double x = primaryWidth * 0.5 - (textWidth / 2);
-    m_contactFrame = QRectF(x, 200, 400, metrics.height());
+    // 400 wide, as the built-in text has always had; a longer text of the user's gets its width.
+    m_contactFrame = QRectF(x, 200, std::max(400, textWidth + 1), metrics.height());
     placeFromBottomEdge();
 }
 

@@ -27,7 +27,6 @@ class LockWindow;
 class LockScreenViews
 {
 public:
-    static constexpr const char* contactText = "If found please call";
     static constexpr const char* capslockNotice = "Caps Lock Is On.";
     static QFont lockScreenFont(int size);
 
@@ -37,7 +36,8 @@ public:
     LockScreenViews& operator=(const LockScreenViews&) = delete;
 
     // The contact line is centred on the primary display's width (in points), 200 points above
-    // the bottom edge.
+    // the bottom edge; an empty text shows no line.
+    void setContactText(const QString& text);
     void placeContact(int primaryWidth);
     QRectF contactFrame() const { return m_contactFrame; }
 

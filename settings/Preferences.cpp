@@ -39,6 +39,8 @@ void Preferences::loadFrom(const SettingsSnapshot& file)
     wiggleLock = file.boolValue(Keys::wiggleLock);
     flat = file.boolValue(Keys::flat);
     backgroundType = file.intValue(Keys::desktopImageType);
+    contactText =
+        file.stringValue(Keys::contactText).value_or(QString::fromLatin1(defaultContactText));
 }
 
 void Preferences::applyDefaultHotKeyCharacter()

@@ -11,6 +11,8 @@ class SettingsSnapshot;
 // values first and then write their key (SettingsStore); other code reads only these values.
 struct Preferences
 {
+    static constexpr const char* defaultContactText = "If found please call";
+
     // Display power while locked.
     bool dimEnabled = false;
     float lockBrightness = 0.0f;
@@ -29,6 +31,8 @@ struct Preferences
     int lockImageType = 0;
     int backgroundType = 0;
     bool flat = true;
+    // The contact line's text (empty: no contact line); the built-in text when none is stored.
+    QString contactText;
 
     // Triggers.
     bool openAtLogin = false;

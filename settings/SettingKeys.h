@@ -67,11 +67,13 @@ inline constexpr SettingKey closeAnimation{"closeAnimation", SettingType::Intege
 inline constexpr SettingKey wiggleStrength{"wiggleStrength", SettingType::Integer};
 inline constexpr SettingKey wiggleLock{"wiggleLock", SettingType::Boolean};
 inline constexpr SettingKey flat{"flat", SettingType::Boolean};
+// This program's own: the contact line's text; missing, the built-in "If found please call".
+inline constexpr SettingKey contactText{"contactText", SettingType::String};
 // Written by its check box but never read back: the caps-lock notice is on after every start.
 inline constexpr SettingKey showCapslock{"showCapslock", SettingType::Boolean};
 } // namespace Keys
 
-inline constexpr std::array<const SettingKey*, 34> allSettingKeys = {
+inline constexpr std::array<const SettingKey*, 35> allSettingKeys = {
     &Keys::showMusic,
     &Keys::showTime,
     &Keys::showBattery,
@@ -106,6 +108,7 @@ inline constexpr std::array<const SettingKey*, 34> allSettingKeys = {
     &Keys::wiggleLock,
     &Keys::flat,
     &Keys::showCapslock,
+    &Keys::contactText,
 };
 
 // A value to be written; it is converted to the key's declared type.

@@ -186,6 +186,12 @@ QWidget* PreferencesWindow::makeAppearanceView()
     layout->addRow(tr("Background:"), m_backgroundSelector);
     layout->addRow(tr("Text colour:"), colours);
     layout->addRow(m_flatCheck);
+    m_contactTextField = new QLineEdit(this);
+    m_contactTextField->setObjectName(QStringLiteral("contactTextField"));
+    m_contactTextField->setMaxLength(maxContactLength);
+    m_contactTextField->setPlaceholderText(tr("No contact line"));
+    m_contactTextField->setToolTip(tr("Shown on the lock screen, for whoever finds this computer"));
+    layout->addRow(tr("Contact line:"), m_contactTextField);
     return pane(this, "appearanceView", layout);
 }
 
@@ -395,6 +401,7 @@ void PreferencesWindow::fill(const Preferences& p, const Fill& extra)
     setChecked(m_securityLevelCheck, p.orderMatters);
     setChecked(m_slowGuessesCheck, p.slowGuesses);
     setChecked(m_flatCheck, p.flat);
+    m_contactTextField->setText(p.contactText);
 
     // Only the chosen buttons are turned on; the others keep what they show.
     if (p.startAnimation >= 0 && p.startAnimation < m_lockAnimations.size())

@@ -76,6 +76,9 @@ public:
     QCheckBox* useTimerCheck() const { return m_useTimerCheck; }
     QCheckBox* securityLevelCheck() const { return m_securityLevelCheck; }
     QCheckBox* slowGuessesCheck() const { return m_slowGuessesCheck; }
+    QLineEdit* contactTextField() const { return m_contactTextField; }
+    // A line across the lock screen, not a letter.
+    static constexpr int maxContactLength = 120;
     QCheckBox* flatCheck() const { return m_flatCheck; }
     QCheckBox* wiggleLockCheck() const { return m_wiggleLockCheck; }
     QCheckBox* dimCheck() const { return m_dimCheck; }
@@ -133,6 +136,7 @@ private:
     QCheckBox* m_useTimerCheck = nullptr;
     QCheckBox* m_securityLevelCheck = nullptr;
     QCheckBox* m_slowGuessesCheck = nullptr;
+    QLineEdit* m_contactTextField = nullptr;
     QCheckBox* m_flatCheck = nullptr;
     QCheckBox* m_wiggleLockCheck = nullptr;
     QCheckBox* m_dimCheck = nullptr;
