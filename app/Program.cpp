@@ -79,7 +79,7 @@ extern "C" int tessarine_run_program(int argc, char** argv)
         Log::line(QStringLiteral("removed %1 unfinished temporary settings files").arg(removed));
 
     AppDelegate delegate(platform.services(libraryFolder));
-    switch (SessionBus::claim(delegate.scriptingInterface())) {
+    switch (SessionBus::claim(*delegate.scriptingInterface())) {
     case SessionBus::Claim::Claimed:
         break;
     case SessionBus::Claim::AlreadyRunning:

@@ -1,5 +1,6 @@
 #include "platform/SessionBus.h"
 
+#include "triggers/ScriptingBusObject.h"
 #include "triggers/ScriptingInterface.h"
 
 #include <QDBusConnection>
@@ -12,17 +13,15 @@ bool SessionBus::isTaken()
                                     QString::fromLatin1(ScriptingInterface::serviceName));
 }
 
-SessionBus::Claim SessionBus::claim(QObject* scriptingInterface)
+SessionBus::Claim SessionBus::claim(ScriptingInterface& scriptingInterface)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Claim::Unavailable;
-    // The object first, so that whoever sees the name finds the object behind it. Only its
-    // scriptable properties, mail and lock, and its one scriptable method (see
-    // ScriptingInterface).
-    bus.registerObject(QString::fromLatin1(ScriptingInterface::objectPath), scriptingInterface,
-                       QDBusConnection::ExportScriptableProperties |
-                           QDBusConnection::ExportScriptableSlots);
+    // The object first, so that whoever sees the name finds the object behind it: mail, lock
+    // and the two methods, nothing else (see ScriptingBusObject).
+    auto* object = new ScriptingBusObject(scriptingInterface, &scriptingInterface);
+    bus.registerVirtualObject(QString::fromLatin1(ScriptingInterface::objectPath), object);
     const auto reply = bus.interface()->registerService(
         QString::fromLatin1(ScriptingInterface::serviceName),
         QDBusConnectionInterface::DontQueueService, QDBusConnectionInterface::DontAllowReplacement);

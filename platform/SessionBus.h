@@ -1,6 +1,6 @@
 #pragma once
 
-class QObject;
+class ScriptingInterface;
 
 // The program's name and object on the user's session bus. Holding the name is also what makes
 // Tessarine run once per session.
@@ -13,5 +13,5 @@ enum class Claim
 };
 // Whether another Tessarine already holds the name.
 bool isTaken();
-Claim claim(QObject* scriptingInterface);
+Claim claim(ScriptingInterface& scriptingInterface);
 } // namespace SessionBus

@@ -1,9 +1,11 @@
 #pragma once
 
-#include <QDBusContext>
 #include <QObject>
 
 class AppDelegate;
+class QDBusConnection;
+class QDBusMessage;
+class QVariant;
 
 // What other programs may ask of Tessarine, on the session bus: set `lock` to 1 to lock, set
 // `mail` to report the unread-mail count. Reading either answers 1; reading `mail` also marks the
@@ -16,16 +18,12 @@ class AppDelegate;
 // WaitUntilShown only answers late: once the lock screen shows on every display (at once when
 // no lock is active), for a caller that holds the machine's sleep back until then (xss-lock's
 // --transfer-sleep-lock hands its sleep inhibitor to `tessarine lock`).
-class ScriptingInterface : public QObject, protected QDBusContext
+//
+// The bus's requests reach it through ScriptingBusObject, which answers the property calls
+// itself: only `mail` and `lock` exist there, whatever else this QObject has.
+class ScriptingInterface : public QObject
 {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.tessarine.Tessarine")
-    Q_PROPERTY(int mail READ mail WRITE setMail)
-    Q_PROPERTY(int lock READ lock WRITE setLock)
-    // QtDBus finds a property by name up the class chain, so QObject's objectName could be read
-    // and written over the bus as well: shadowed here, read-only and not scriptable, it is left
-    // out of what is exported (only the scriptable properties are).
-    Q_PROPERTY(QString objectName READ objectName SCRIPTABLE false)
 public:
     static constexpr const char* serviceName = "org.tessarine.Tessarine";
     static constexpr const char* objectPath = "/org/tessarine/Tessarine";
@@ -42,11 +40,16 @@ public:
     int lock() const { return 1; }
     void setLock(int value);
 
-public slots:
-    // `tessarine lock`: locks like a write of 1 to `lock`, and answers with an error when the
-    // screen is covered but another program holds the keyboard or the pointer.
-    Q_SCRIPTABLE void lockScreen();
-    Q_SCRIPTABLE void WaitUntilShown();
+    // `tessarine lock`: locks like a write of 1 to `lock`, and answers the call with an error
+    // when the screen is covered but another program holds the keyboard or the pointer.
+    void lockScreen(const QDBusConnection& bus, const QDBusMessage& call);
+    void waitUntilShown(const QDBusConnection& bus, const QDBusMessage& call);
+
+    // A value sent for a property, as a number in a script is read through its integer value:
+    // integers as they are (beyond 32 bits held at the nearest end), a real cut toward zero, a
+    // string read as far as it is a decimal integer ("3 mails" is 3, "one" is 0), a boolean as
+    // 1 or 0, a variant for what it holds, anything else 0.
+    static int intValue(const QVariant& value);
 
 signals:
     // An unread-mail count reported from outside, for the mail badge.

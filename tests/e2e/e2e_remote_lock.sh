@@ -28,15 +28,36 @@ grep -q 'already running' "$RIG_DIR/second.txt" || fail "the second start said n
 [ "$(busctl --user get-property "$name" "$path" "$name" mail)" = "i 1" ] || fail "mail does not read 1"
 [ "$(busctl --user get-property "$name" "$path" "$name" lock)" = "i 1" ] || fail "lock does not read 1"
 
-# Values other than 1, and values of the wrong type, do not lock (and do not crash it).
-busctl --user set-property "$name" "$path" "$name" lock i 2 || fail "writing 2 was refused"
-busctl --user set-property "$name" "$path" "$name" lock i 0 || fail "writing 0 was refused"
-if busctl --user set-property "$name" "$path" "$name" lock s yes 2>/dev/null; then
-    fail "a string was taken for lock"
+# Nothing announces a change of these properties (reads always answer 1), and the
+# introspection says so.
+busctl --user introspect "$name" "$path" "$name" >"$RIG_DIR/introspect.txt" ||
+    fail "the object cannot be introspected"
+grep -Eq '^\.lock +property +i' "$RIG_DIR/introspect.txt" || fail "no lock property: $(cat "$RIG_DIR/introspect.txt")"
+grep -Eq '^\.mail +property +i' "$RIG_DIR/introspect.txt" || fail "no mail property"
+grep -Eq '^\.lockScreen +method' "$RIG_DIR/introspect.txt" || fail "no lockScreen method"
+if grep -q 'emits-change' "$RIG_DIR/introspect.txt"; then
+    fail "a property is said to emit changes: $(grep emits-change "$RIG_DIR/introspect.txt")"
 fi
+[ "$(busctl --user introspect "$name" "$path" | grep -c '^\.objectName')" = 0 ] ||
+    fail "more than lock and mail are on the bus"
+
+# Every value is taken through its integer value, whatever its type, and never answered with an
+# error: only what comes to 1 locks.
+for value in "i 2" "i 0" "s yes" "s one" "d 0.6" "d -0.9" "x 4294967297" "b false" "as 1 1"; do
+    busctl --user -- set-property "$name" "$path" "$name" lock $value 2>"$RIG_DIR/set.txt" ||
+        fail "writing lock $value was answered with an error: $(cat "$RIG_DIR/set.txt")"
+done
 sleep 0.5
-keyboard_free || fail "a value other than 1 locked"
+keyboard_free || fail "a value whose integer value is not 1 locked"
 kill -0 "$TESSARINE_PID" || fail "tessarine ended"
+for value in "d 1.5" "s 1" "s ' 1 mail'" "b true" "y 1"; do
+    eval busctl --user set-property "$name" "$path" "$name" lock $value ||
+        fail "writing lock $value was answered with an error"
+    wait_until 2 keyboard_grabbed_by_other || fail "lock $value did not lock"
+    sleep 0.5
+    xdotool type --delay 40 ab
+    wait_until 3 keyboard_free || fail "the password did not unlock after lock $value"
+done
 
 # lock i 1 locks; the password unlocks.
 busctl --user set-property "$name" "$path" "$name" lock i 1 || fail "writing 1 was refused"

@@ -211,7 +211,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     TestLibrary library;
     library.configure(QStringLiteral("<key>showShutDown</key><true/>"), {"a"});
     StartedProgram program(library.folder());
-    if (SessionBus::claim(program.delegate->scriptingInterface()) != SessionBus::Claim::Claimed)
+    if (SessionBus::claim(*program.delegate->scriptingInterface()) != SessionBus::Claim::Claimed)
         fail("the program could not claim its name on the private bus");
     static QDBusConnection client = bus->connect(QStringLiteral("client"));
 

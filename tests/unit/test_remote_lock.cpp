@@ -4,8 +4,11 @@
 #include "input/PasswordFile.h"
 #include "triggers/ScriptingInterface.h"
 
+#include <QDBusVariant>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <cmath>
 
 using namespace std::chrono_literals;
 
@@ -13,6 +16,41 @@ class TestRemoteLock : public QObject
 {
     Q_OBJECT
 private slots:
+    void aValueIsTakenThroughItsIntegerValue_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<int>("integer");
+        QTest::newRow("int") << QVariant(3) << 3;
+        QTest::newRow("real cut toward zero") << QVariant(2.6) << 2;
+        QTest::newRow("small real") << QVariant(0.6) << 0;
+        QTest::newRow("one and a half") << QVariant(1.5) << 1;
+        QTest::newRow("negative real") << QVariant(-1.9) << -1;
+        QTest::newRow("huge real") << QVariant(1e300) << 2147483647;
+        QTest::newRow("not a number") << QVariant(std::nan("")) << 0;
+        QTest::newRow("64-bit") << QVariant(qlonglong(4294967297LL)) << 2147483647;
+        QTest::newRow("unsigned 64-bit")
+            << QVariant(qulonglong(18446744073709551615ULL)) << 2147483647;
+        QTest::newRow("byte") << QVariant::fromValue(uchar(1)) << 1;
+        QTest::newRow("true") << QVariant(true) << 1;
+        QTest::newRow("false") << QVariant(false) << 0;
+        QTest::newRow("digits") << QVariant(QStringLiteral("1")) << 1;
+        QTest::newRow("digits then words") << QVariant(QStringLiteral(" 12 mails")) << 12;
+        QTest::newRow("signed") << QVariant(QStringLiteral("-4")) << -4;
+        QTest::newRow("word") << QVariant(QStringLiteral("one")) << 0;
+        QTest::newRow("long digits")
+            << QVariant(QStringLiteral("99999999999999999999")) << 2147483647;
+        QTest::newRow("other digits") << QVariant(QStringLiteral("\u0661")) << 0;
+        QTest::newRow("list") << QVariant::fromValue(QList<int>{1}) << 0;
+        QTest::newRow("variant") << QVariant::fromValue(QDBusVariant(QVariant(1.2))) << 1;
+        QTest::newRow("nothing") << QVariant() << 0;
+    }
+    void aValueIsTakenThroughItsIntegerValue()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(int, integer);
+        QCOMPARE(ScriptingInterface::intValue(value), integer);
+    }
+
     void onlyOneLocks_data()
     {
         QTest::addColumn<int>("value");
