@@ -238,6 +238,7 @@ void AppDelegate::saveNewPassword()
     switch (m_passwordSetting.saveNewPassword(
         password, m_setPassword->firstPasswordConfirm()->text(), m_setPassword.get())) {
     case PasswordSetting::FirstTimeStep::Mismatch:
+    case PasswordSetting::FirstTimeStep::Untypable:
         return;
     case PasswordSetting::FirstTimeStep::AskAboutEmpty:
         m_platform.dialogs.askAsSheet(

@@ -6,6 +6,37 @@
 
 #include <QFileInfo>
 
+QString PasswordSetting::untypableCharacters(const QString& password)
+{
+    QString found;
+    for (qsizetype i = 0; i < password.size(); ++i) {
+        // A character beyond the basic plane is two units, both beyond eight bits.
+        const qsizetype length =
+            password.at(i).isHighSurrogate() && i + 1 < password.size() ? 2 : 1;
+        const QString character = password.mid(i, length);
+        i += length - 1;
+        if (character.at(0).unicode() > 0xFF && !found.contains(character))
+            found += character;
+    }
+    return found;
+}
+
+bool PasswordSetting::refuseUntypable(const QString& password, QWidget* window)
+{
+    const QString untypable = untypableCharacters(password);
+    if (untypable.isEmpty())
+        return false;
+    QStringList quoted;
+    for (qsizetype i = 0; i < untypable.size(); ++i) {
+        const qsizetype length = untypable.at(i).isHighSurrogate() ? 2 : 1;
+        quoted << QStringLiteral("\u201c%1\u201d").arg(untypable.mid(i, length));
+        i += length - 1;
+    }
+    m_dialogs.showAlert(
+        QString::fromLatin1(untypableRefusal).arg(quoted.join(QStringLiteral(", "))), window);
+    return true;
+}
+
 void PasswordSetting::store(const QString& password)
 {
     PasswordBuffer::rebuildFrom(password);
@@ -44,6 +75,8 @@ PasswordSetting::FirstTimeStep PasswordSetting::saveNewPassword(const QString& p
         m_dialogs.showAlert(QString::fromLatin1(mismatchFirstTime), window);
         return FirstTimeStep::Mismatch;
     }
+    if (refuseUntypable(password, window))
+        return FirstTimeStep::Untypable;
     if (password.isEmpty())
         return FirstTimeStep::AskAboutEmpty;
     store(password);
@@ -63,6 +96,8 @@ PasswordSetting::ChangeResult PasswordSetting::savePassword(const QString& oldPa
         m_dialogs.showAlert(QString::fromLatin1(mismatchChange), window);
         return ChangeResult::Mismatch;
     }
+    if (refuseUntypable(next, window))
+        return ChangeResult::Untypable;
     // An empty new password is accepted here without a question.
     store(next);
     return ChangeResult::Saved;

@@ -18,6 +18,11 @@ public:
     static constexpr const char* saved = "Password saved successfully!";
     static constexpr const char* emptyQuestion =
         "Are you sure you want to continue without setting a password?";
+    // %1: the characters, each in quotation marks.
+    static constexpr const char* untypableRefusal =
+        "The password was not saved: %1 cannot be kept in the password file as typed, so it "
+        "could never be typed back to unlock the screen. Use letters, digits and signs of the "
+        "Latin-1 set, as on Western European keyboards.";
 
     PasswordSetting(QString passwordPath, Dialogs& dialogs)
         : m_passwordPath(std::move(passwordPath)), m_dialogs(dialogs)
@@ -27,6 +32,7 @@ public:
     enum class FirstTimeStep
     {
         Mismatch,      // alerted; nothing changed
+        Untypable,     // alerted; nothing changed
         AskAboutEmpty, // the caller asks the empty-password question
         Saved,         // written; the caller empties the fields and closes the window
     };
@@ -40,10 +46,15 @@ public:
     {
         WrongOldPassword,
         Mismatch,
+        Untypable,
         Saved
     };
     ChangeResult savePassword(const QString& oldPassword, const QString& next,
                               const QString& confirmation, QWidget* window = nullptr);
+
+    // The characters of a password that the password file keeps only as their last eight bits
+    // (a euro sign would come back as a not sign), each once, in the order typed.
+    static QString untypableCharacters(const QString& password);
 
     // Rebuilds the buffer from the text and writes the file (mode 0600).
     void store(const QString& password);
@@ -54,6 +65,9 @@ public:
     static QString whyNotWritten(const QString& passwordPath);
 
 private:
+    // Alerts and answers true when the password holds characters it could not be typed back as.
+    bool refuseUntypable(const QString& password, QWidget* window);
+
     QString m_passwordPath;
     Dialogs& m_dialogs;
     bool m_lastStoreWritten = true;

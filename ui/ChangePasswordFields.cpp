@@ -30,7 +30,7 @@ ChangePasswordFields::ChangePasswordFields(QWidget* parent) : QWidget(parent)
     fields->addRow(tr("Current password:"), m_oldPassword);
     fields->addRow(tr("New password:"), m_nextPassword);
     fields->addRow(tr("Confirm:"), m_confirmNewPassword);
-    fields->addRow(QString(), new ShortPasswordHint(m_nextPassword, this));
+    fields->addRow(QString(), new ShortPasswordHint(m_nextPassword, this, m_oldPassword));
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(m_saveButton);

@@ -1,5 +1,5 @@
 # The first password typed into the first-password window with the keyboard: a mismatch is
-# refused with its alert; a match is saved to settings.plist (mode 0600), confirmed, and the
+# refused with its alert, and so is a password with a character the password file cannot keep; a match is saved to settings.plist (mode 0600), confirmed, and the
 # window closes.
 set -u
 source "$TESTS_DIR/rig/desktop.sh"
@@ -22,11 +22,35 @@ xdotool key Tab
 xdotool type --delay 20 "abd"
 xdotool key Return
 wait_until 5 alert_shown || fail "no alert for mismatching passwords"
+mismatch_height=$(xdotool search --onlyvisible --name '^Tessarine$' getwindowgeometry 2>/dev/null |
+    awk '/Geometry:/ {split($2, s, "x"); print s[2]}' | head -n1)
 import -window root "$RIG_DIR/mismatch.png"
 [ ! -e "$library/settings.plist" ] || fail "a mismatching password was saved"
 xdotool key Return
 alert_gone() { ! alert_shown; }
 wait_until 5 alert_gone || fail "the alert did not close"
+
+
+# A password with a euro sign, typed the same twice: the password file could not keep it as
+# typed, so it is refused with its reason (a longer alert than the mismatch's) and not saved.
+wait_until 5 is_active "$window" || fail "the window did not get the keyboard back"
+xdotool key ctrl+a BackSpace
+xdotool type --delay 20 "pa€s"
+xdotool key shift+Tab ctrl+a BackSpace
+xdotool type --delay 20 "pa€s"
+xdotool key Tab Return
+wait_until 5 alert_shown || fail "no alert for a password that cannot be typed back"
+refusal_height=$(xdotool search --onlyvisible --name '^Tessarine$' getwindowgeometry 2>/dev/null |
+    awk '/Geometry:/ {split($2, s, "x"); print s[2]}' | head -n1)
+echo "alert heights: mismatch $mismatch_height, refusal $refusal_height"
+[ "${refusal_height:-0}" -gt "${mismatch_height:-0}" ] ||
+    fail "the refusal's alert ($refusal_height high) says no more than the mismatch's ($mismatch_height)"
+sleep 0.5
+[ ! -e "$library/settings.plist" ] || fail "a password that cannot be typed back was saved"
+xdotool key Return
+wait_until 5 alert_gone || fail "the refusal did not close"
+visible=$(xdotool search --onlyvisible --name '^Welcome to Tessarine$' || true)
+[ -n "$visible" ] || fail "the first-password window closed after the refusal"
 
 # The same password twice: saved. The keyboard is back in the confirmation field.
 wait_until 5 is_active "$window" || fail "the window did not get the keyboard back"

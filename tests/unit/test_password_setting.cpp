@@ -197,6 +197,30 @@ private slots:
         QCOMPARE(dialogs.alerts, QStringList({"Password do not match."}));
     }
 
+    void aPasswordThatCouldNeverBeTypedBackIsRefusedInBothFlows()
+    {
+        TestLibrary library;
+        FakeDialogs dialogs;
+        PasswordBuffer::load(QStringList({"o"}));
+        PasswordSetting setting(library.passwordPath(), dialogs);
+        const QString euro = QString::fromUtf8("pa\u20acs\u20ac\u0416");
+        QCOMPARE(setting.saveNewPassword(euro, euro), PasswordSetting::FirstTimeStep::Untypable);
+        QCOMPARE(setting.savePassword("o", euro, euro), PasswordSetting::ChangeResult::Untypable);
+        const QString refusal = QString::fromUtf8(
+            "The password was not saved: \u201c\u20ac\u201d, \u201c\u0416\u201d cannot be kept in "
+            "the password file as typed, so it could never be typed back to unlock the screen. "
+            "Use letters, digits and signs of the Latin-1 set, as on Western European keyboards.");
+        QCOMPARE(dialogs.alerts, QStringList({refusal, refusal}));
+        QVERIFY(!QFileInfo::exists(library.passwordPath()));
+        QCOMPARE(*PasswordBuffer::buffer(), QStringList({"o"}));
+        // Latin-1 is kept as it is typed, and so is saved; a mismatch is still said first.
+        const QString latin = QString::fromUtf8("\u00e9t\u00e9");
+        QCOMPARE(setting.saveNewPassword(latin, latin), PasswordSetting::FirstTimeStep::Saved);
+        QCOMPARE(setting.saveNewPassword(euro, "x"), PasswordSetting::FirstTimeStep::Mismatch);
+        QCOMPARE(PasswordSetting::untypableCharacters(QString::fromUtf8("a\U0001F600b\U0001F600")),
+                 QString::fromUtf8("\U0001F600"));
+    }
+
     void aCharacterBeyondOneByteKeepsOnlyItsLowByte()
     {
         TestLibrary library;

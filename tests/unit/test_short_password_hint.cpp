@@ -33,10 +33,16 @@ private slots:
         fields.show();
         auto* hint = fields.findChild<ShortPasswordHint*>(QStringLiteral("shortPasswordHint"));
         QVERIFY(hint);
-        QTest::keyClicks(fields.oldPassword(), QStringLiteral("ab"));
         QVERIFY(!hint->isVisible());
+        // The old password typed and no new one: what saving an empty password would do.
+        QTest::keyClicks(fields.oldPassword(), QStringLiteral("ab"));
+        QVERIFY(hint->isVisible());
+        QCOMPARE(hint->text(),
+                 QStringLiteral("No new password: any key ends a lock where the order of the keys "
+                                "does not matter, and none ever does where it matters."));
         QTest::keyClicks(fields.nextPassword(), QStringLiteral("12345"));
         QVERIFY(hint->isVisible());
+        QCOMPARE(hint->text(), QString::fromLatin1(ShortPasswordHint::warning));
         QTest::keyClick(fields.nextPassword(), Qt::Key_6);
         QVERIFY(!hint->isVisible());
         QVERIFY(fields.saveButton()->isEnabled());
