@@ -132,8 +132,6 @@ void AppDelegate::applicationDidFinishLaunching()
     loadSettings();
     m_views->setContactText(m_preferences.contactText);
     m_views->placeContact(m_platform.displays.primaryGeometry().width());
-    if (m_preferences.backgroundType == BackgroundBuilder::ClearKind)
-        m_window->allowTransparency();
     setShadows();
     m_preferences.applyDefaultHotKeyCharacter();
     if (m_preferences.useTimer)

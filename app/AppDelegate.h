@@ -209,6 +209,9 @@ public:
     // --- Preferences window ---------------------------------------------------------------
     // Fills every control from the settings and shows the window on its General pane.
     void openPreferences();
+    // The Appearance pane's note that the clear background needs a compositing manager, shown
+    // while it is chosen and none runs.
+    void showCompositorNote();
     void generalPressed();
     void imagesPressed();
     void animationsPressed();

@@ -7,6 +7,7 @@
 #include "lockscreen/LockSwing.h"
 #include "lockscreen/WindowMotion.h"
 #include "platform/Clock.h"
+#include "platform/Compositor.h"
 
 #include "input/PasswordBuffer.h"
 #include "input/PasswordFile.h"
@@ -361,8 +362,10 @@ void AppDelegate::connectPreferenceChoices()
     const std::array<void (AppDelegate::*)(), 4> backgrounds{
         &AppDelegate::desktopBackground, &AppDelegate::brushedMetal,
         &AppDelegate::customBackgroundImage, &AppDelegate::clearBackground};
-    connect(w->backgroundSelector(), &QComboBox::activated, this,
-            [this, backgrounds](int index) { (this->*backgrounds.at(index))(); });
+    connect(w->backgroundSelector(), &QComboBox::activated, this, [this, backgrounds](int index) {
+        (this->*backgrounds.at(index))();
+        showCompositorNote();
+    });
     // The menus' items are in the order of the hot key's modifier tags; the third has no "none".
     connect(w->firstShortcutModifier(), &QComboBox::activated, this,
             &AppDelegate::firstShortcutModifier);
@@ -383,9 +386,16 @@ void AppDelegate::openPreferences()
         const QSignalBlocker quiet(m_preferencesWindow->wiggleScreenSlider());
         m_preferencesWindow->fill(m_preferences, extra);
     }
+    showCompositorNote();
     m_preferencesWindow->show();
     m_preferencesWindow->raise();
     m_preferencesWindow->activateWindow();
+}
+
+void AppDelegate::showCompositorNote()
+{
+    m_preferencesWindow->showCompositorNote(
+        m_preferences.backgroundType == BackgroundBuilder::ClearKind && !Compositor::isRunning());
 }
 
 void AppDelegate::generalPressed()

@@ -184,6 +184,9 @@ void LockSession::takeKeyboardFirst(const QRect& screen)
     // on the display for the fade, above the display for a slide. Both paint only once built,
     // on the next turn of the event loop.
     m_window.setWindowOpacity(0);
+    // Chosen in the preferences since the last lock or at start, the clear background is seen
+    // through at this one.
+    m_window.setSeeThrough(m_preferences.backgroundType == BackgroundBuilder::ClearKind);
     const bool slides = m_preferences.startAnimation != 0;
     m_window.move(slides ? screen.topLeft() - QPoint(0, screen.height()) : screen.topLeft());
     m_window.show();

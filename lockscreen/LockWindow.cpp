@@ -23,9 +23,16 @@ void LockWindow::resizeEvent(QResizeEvent* event)
     emit resized();
 }
 
-void LockWindow::allowTransparency()
+void LockWindow::setSeeThrough(bool seeThrough)
 {
-    setAttribute(Qt::WA_TranslucentBackground);
+    if (testAttribute(Qt::WA_WState_Created) ||
+        testAttribute(Qt::WA_TranslucentBackground) == seeThrough)
+        return;
+    setAttribute(Qt::WA_TranslucentBackground, seeThrough);
+    // Qt turned this on with the attribute and leaves it on; the window paints its own
+    // background again.
+    if (!seeThrough)
+        setAttribute(Qt::WA_NoSystemBackground, false);
 }
 
 void LockWindow::releaseNativeWindow()

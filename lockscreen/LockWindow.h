@@ -13,9 +13,11 @@ class LockWindow : public QWidget
 public:
     explicit LockWindow(QWidget* parent = nullptr);
     // An alpha channel, so that the clear background lets the desktop show under a compositing
-    // manager. Only before the window is first shown, and only for that background: such a
-    // window takes a few milliseconds longer to map, which the grab would wait for.
-    void allowTransparency();
+    // manager; without one, the window is opaque again. The visual is chosen as the native
+    // window is made, so this takes effect at the next lock (the native window is made anew at
+    // every lock). Only for that background: such a window takes a few milliseconds longer to
+    // map, which the grab would wait for.
+    void setSeeThrough(bool seeThrough);
     // Gives the window's native window and its backing store (a whole screen of pixels, 33 MB at
     // 3840 x 2160) back while no lock is up; the next show makes them anew, under the cover.
     void releaseNativeWindow();

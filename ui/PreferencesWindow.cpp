@@ -184,6 +184,15 @@ QWidget* PreferencesWindow::makeAppearanceView()
     auto* layout = new QFormLayout;
     layout->addRow(tr("Lock image:"), m_lockSelector);
     layout->addRow(tr("Background:"), m_backgroundSelector);
+    m_compositorNote = new QLabel(tr("Clear shows the desktop only where a compositing manager "
+                                     "runs (picom, xcompmgr or the desktop's own); none runs "
+                                     "now, so the lock screen would be black."),
+                                  this);
+    m_compositorNote->setObjectName(QStringLiteral("compositorNote"));
+    m_compositorNote->setWordWrap(true);
+    m_compositorNote->setStyleSheet(QStringLiteral("QLabel { color: #a05a00; }"));
+    m_compositorNote->hide();
+    layout->addRow(QString(), m_compositorNote);
     layout->addRow(tr("Text colour:"), colours);
     layout->addRow(m_flatCheck);
     m_contactTextField = new QLineEdit(this);
@@ -193,6 +202,11 @@ QWidget* PreferencesWindow::makeAppearanceView()
     m_contactTextField->setToolTip(tr("Shown on the lock screen, for whoever finds this computer"));
     layout->addRow(tr("Contact line:"), m_contactTextField);
     return pane(this, "appearanceView", layout);
+}
+
+void PreferencesWindow::showCompositorNote(bool show)
+{
+    m_compositorNote->setVisible(show);
 }
 
 QWidget* PreferencesWindow::makeAnimationsView()

@@ -11,6 +11,7 @@ class QActionGroup;
 class QCheckBox;
 class QComboBox;
 class QDateTimeEdit;
+class QLabel;
 class QLineEdit;
 class QRadioButton;
 class QSlider;
@@ -77,6 +78,9 @@ public:
     QCheckBox* securityLevelCheck() const { return m_securityLevelCheck; }
     QCheckBox* slowGuessesCheck() const { return m_slowGuessesCheck; }
     QLineEdit* contactTextField() const { return m_contactTextField; }
+    // Under the background menu: the clear background needs a compositing manager.
+    void showCompositorNote(bool show);
+    QLabel* compositorNote() const { return m_compositorNote; }
     // A line across the lock screen, not a letter.
     static constexpr int maxContactLength = 120;
     QCheckBox* flatCheck() const { return m_flatCheck; }
@@ -137,6 +141,7 @@ private:
     QCheckBox* m_securityLevelCheck = nullptr;
     QCheckBox* m_slowGuessesCheck = nullptr;
     QLineEdit* m_contactTextField = nullptr;
+    QLabel* m_compositorNote = nullptr;
     QCheckBox* m_flatCheck = nullptr;
     QCheckBox* m_wiggleLockCheck = nullptr;
     QCheckBox* m_dimCheck = nullptr;

@@ -583,6 +583,26 @@ private slots:
         emit lock->activated(3);
         QCOMPARE(o.stored("lockImageType"), QStringLiteral("integer:3"));
     }
+
+    void clearSaysItNeedsACompositingManagerWhereNoneRuns()
+    {
+        // No X server here, so no compositing manager either.
+        Opened o;
+        o.delegate().openPreferences();
+        o.delegate().imagesPressed();
+        QLabel* note = o.window().compositorNote();
+        QVERIFY(!note->isVisible());
+        const QString stored = o.stored("desktopImageType");
+        QComboBox* background = o.window().backgroundSelector();
+        background->setCurrentIndex(3);
+        emit background->activated(3);
+        QVERIFY(note->isVisible());
+        QVERIFY(note->text().contains("compositing manager"));
+        QCOMPARE(o.stored("desktopImageType"), stored); // the clear choice is not written
+        background->setCurrentIndex(1);
+        emit background->activated(1);
+        QVERIFY(!note->isVisible());
+    }
 };
 
 QTEST_MAIN(TestPreferencesWindow)
