@@ -108,6 +108,13 @@ public slots:
         return handed;
     }
 
+    // The lock screen's Shut Down without a session manager.
+    void PowerOff(bool interactive)
+    {
+        std::printf("poweroff %s\n", interactive ? "interactive" : "quiet");
+        std::fflush(stdout);
+    }
+
     QDBusObjectPath GetSession(const QString&) { return session(); }
     QDBusObjectPath GetSessionByPID(uint) { return session(); }
 
