@@ -67,6 +67,7 @@ void AppDelegate::lock()
         // Every lock starts with every key taken.
         m_guessThrottle.reset();
         m_slowKeysNotice.hide();
+        m_windowController->forgetComposing();
     }
     m_session->lock();
 }

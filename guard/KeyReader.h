@@ -6,13 +6,17 @@
 #include <optional>
 #include <string>
 
+struct xkb_compose_state;
+struct xkb_compose_table;
 struct xkb_context;
 struct xkb_keymap;
 struct xkb_state;
 
 // Turns a key press into the string the lock screen would match for it: the fixed character of
 // a function key (Return, the arrows, ...), else the text the keyboard layout types. Modifier
-// keys alone and the media keys type nothing and are not keys of the password.
+// keys alone and the media keys type nothing and are not keys of the password. Dead keys and
+// Compose sequences compose as on the lock screen, with the locale's compose table: a dead key
+// is no key of the password, the key that completes it types the composed character.
 class KeyReader
 {
 public:
@@ -35,5 +39,7 @@ private:
     xkb_context* m_context = nullptr;
     xkb_keymap* m_keymap = nullptr;
     xkb_state* m_state = nullptr;
+    xkb_compose_table* m_composeTable = nullptr;
+    xkb_compose_state* m_compose = nullptr;
     int32_t m_device = -1;
 };

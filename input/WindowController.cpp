@@ -37,12 +37,23 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::KeyPress) {
         const auto* press = static_cast<QKeyEvent*>(event);
         // Modifier keys alone are not keys of the password.
-        const TranslatedKey key = KeyTranslation::fromEvent(*press);
+        TranslatedKey key = KeyTranslation::fromEvent(*press);
         const bool modifierOnly = press->key() == Qt::Key_Shift ||
                                   press->key() == Qt::Key_Control || press->key() == Qt::Key_Alt ||
                                   press->key() == Qt::Key_Meta || press->key() == Qt::Key_Super_L ||
                                   press->key() == Qt::Key_Super_R ||
                                   press->key() == Qt::Key_CapsLock || press->key() == Qt::Key_AltGr;
+        // A dead key types nothing yet; the key that completes its sequence types the composed
+        // character, as in the password windows.
+        if (!modifierOnly && !press->isAutoRepeat()) {
+            const ComposeSequence::Outcome composed = m_compose.feed(press->nativeVirtualKey());
+            if (composed.step == ComposeSequence::Step::InProgress)
+                return true;
+            if (composed.step == ComposeSequence::Step::Composed) {
+                key.characters = composed.text;
+                key.keyCode = KeyTranslation::keyCodeForCharacter(composed.text.at(0));
+            }
+        }
         // Media keys are not typing: the application's hook passes them to the music controls.
         // Keys that type nothing (volume, brightness, Num Lock, a dead key) are no keys of the
         // password either, and neither is the hot key's combination.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ComposeSequence.h"
 #include "platform/KeyTranslation.h"
 
 #include <QObject>
@@ -18,10 +19,13 @@ public:
     void keyDown(const TranslatedKey& key);
     // The Caps Lock key changed the modifiers.
     void flagsChanged(bool capsLockNowOn);
+    // A dead key or Compose sequence begun before the lock is not finished on it.
+    void forgetComposing() { m_compose.reset(); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     AppDelegate& m_delegate;
+    ComposeSequence m_compose;
 };
