@@ -1,6 +1,7 @@
 #include "guard/KeyReader.h"
 
 #include "guard/Utf8.h"
+#include "platform/ComposeLocale.h"
 #include "platform/FunctionKeys.h"
 
 #include <xkbcommon/xkbcommon-compose.h>
@@ -8,7 +9,6 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <array>
-#include <cstdlib>
 
 namespace {
 
@@ -21,24 +21,13 @@ constexpr std::array<uint32_t, 16> ignoredKeysyms = {
     XKB_KEY_XF86AudioPlay, XKB_KEY_XF86AudioPause, XKB_KEY_XF86AudioNext, XKB_KEY_XF86AudioPrev,
 };
 
-// The locale whose compose table is used, looked up as the C library looks it up.
-const char* composeLocale()
-{
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const char* value = std::getenv(variable);
-        if (value && *value)
-            return value;
-    }
-    return "C";
-}
-
 } // namespace
 
 KeyReader::KeyReader(xcb_connection_t* connection) : m_connection(connection)
 {
     m_context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     if (m_context)
-        m_composeTable = xkb_compose_table_new_from_locale(m_context, composeLocale(),
+        m_composeTable = xkb_compose_table_new_from_locale(m_context, ComposeLocale::name(),
                                                            XKB_COMPOSE_COMPILE_NO_FLAGS);
     if (m_composeTable)
         m_compose = xkb_compose_state_new(m_composeTable, XKB_COMPOSE_STATE_NO_FLAGS);

@@ -1,33 +1,18 @@
 #include "platform/ComposeSequence.h"
 
+#include "platform/ComposeLocale.h"
+
 #include <xkbcommon/xkbcommon-compose.h>
 #include <xkbcommon/xkbcommon.h>
 
-#include <QByteArray>
-
 #include <array>
-
-namespace {
-
-// The locale whose compose table is used, looked up as the C library and Qt look it up.
-QByteArray composeLocale()
-{
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const QByteArray value = qgetenv(variable);
-        if (!value.isEmpty())
-            return value;
-    }
-    return QByteArrayLiteral("C");
-}
-
-} // namespace
 
 ComposeSequence::ComposeSequence()
 {
     m_context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     if (!m_context)
         return;
-    m_table = xkb_compose_table_new_from_locale(m_context, composeLocale().constData(),
+    m_table = xkb_compose_table_new_from_locale(m_context, ComposeLocale::name(),
                                                 XKB_COMPOSE_COMPILE_NO_FLAGS);
     if (m_table)
         m_state = xkb_compose_state_new(m_table, XKB_COMPOSE_STATE_NO_FLAGS);

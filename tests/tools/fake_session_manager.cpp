@@ -42,8 +42,7 @@ int main(int argc, char** argv)
     }
     QDBusConnection bus = QDBusConnection::sessionBus();
     AnswerEverything object;
-    if (!bus.registerVirtualObject(QStringLiteral("/"), &object,
-                                   QDBusConnection::SubPath) ||
+    if (!bus.registerVirtualObject(QStringLiteral("/"), &object, QDBusConnection::SubPath) ||
         !bus.registerService(QString::fromLocal8Bit(argv[1]))) {
         std::fprintf(stderr, "fake_session_manager: cannot take the name\n");
         return 1;
