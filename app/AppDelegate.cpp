@@ -86,6 +86,8 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     m_preferenceActions.reset(makePreferenceActions());
     connectPreferences();
     connect(&m_platform.system, &SystemEvents::screenLocked, this, &AppDelegate::screenLocked);
+    // `loginctl lock-session` and the login manager's own idle action.
+    connect(&m_platform.system, &SystemEvents::lockRequested, this, &AppDelegate::lock);
     connect(&m_platform.system, &SystemEvents::willSleep, this, &AppDelegate::Sleep);
     connect(&m_platform.system, &SystemEvents::didWake, this, &AppDelegate::wakeClick);
 }

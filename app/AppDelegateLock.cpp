@@ -63,18 +63,28 @@
 
 void AppDelegate::lock()
 {
-    if (!isLockActive()) {
+    const bool starting = !isLockActive();
+    if (starting) {
         // Every lock starts with every key taken.
         m_guessThrottle.reset();
         m_slowKeysNotice.hide();
         m_windowController->forgetComposing();
     }
     m_session->lock();
+    // The login manager hears that the session is locked once the lock holds the input.
+    if (starting && isLockActive())
+        m_session->whenInputHeld([this](bool held) {
+            if (held && isLockActive())
+                m_platform.system.setLockedHint(true);
+        });
 }
 
 void AppDelegate::unlock()
 {
+    const bool wasActive = isLockActive();
     m_session->unlock();
+    if (wasActive)
+        m_platform.system.setLockedHint(false);
 }
 
 void AppDelegate::screenLocked()

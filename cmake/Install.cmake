@@ -5,6 +5,8 @@
 #   <prefix>/share/tessarine/scripts/                 the scripts the program runs
 #   <prefix>/share/applications/, icons/, metainfo/   the application menu and software centres
 #   <prefix>/share/dbus-1/services/                   lets the session bus start Tessarine
+#   <prefix>/share/systemd/user/tessarine.service     the systemd user unit (the bus starts it
+#                                                     through the unit where systemd runs it)
 #   <prefix>/share/man/man1/tessarine.1.gz            the manual page
 #   <prefix>/share/doc/tessarine/copyright            the licence
 #
@@ -54,6 +56,9 @@ install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/LICENSE ${TESSARINE_LINUX_RESOURCES}/c
 # The bus needs the binary's absolute path, which is known only when installing: the package
 # installs under /usr whatever prefix the build was configured for.
 set(TESSARINE_SERVICE_TEMPLATE ${TESSARINE_LINUX_RESOURCES}/${TESSARINE_APP_ID}.service.in)
+# systemd looks for user units in $XDG_DATA_DIRS/systemd/user and ~/.local/share/systemd/user,
+# so <datadir>/systemd/user is found under /usr, /usr/local and ~/.local alike.
+set(TESSARINE_UNIT_TEMPLATE ${TESSARINE_LINUX_RESOURCES}/tessarine.service.in)
 install(CODE "
     set(bindir \"${CMAKE_INSTALL_BINDIR}\")
     if(NOT IS_ABSOLUTE \"\${bindir}\")
@@ -63,6 +68,10 @@ install(CODE "
     configure_file(\"${TESSARINE_SERVICE_TEMPLATE}\" \"\${service}\" @ONLY)
     file(INSTALL DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/dbus-1/services\"
          TYPE FILE FILES \"\${service}\")
+    set(unit \"${CMAKE_CURRENT_BINARY_DIR}/install/tessarine.service\")
+    configure_file(\"${TESSARINE_UNIT_TEMPLATE}\" \"\${unit}\" @ONLY)
+    file(INSTALL DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/systemd/user\"
+         TYPE FILE FILES \"\${unit}\")
 ")
 
 # The Debian package: `cpack -G DEB` in the build folder (`make deb`).

@@ -1,23 +1,31 @@
 #include "platform/LogindSystemEvents.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusObjectPath>
 #include <QDBusReply>
 
 namespace {
 const QString logind = QStringLiteral("org.freedesktop.login1");
 const QString logindPath = QStringLiteral("/org/freedesktop/login1");
 const QString manager = QStringLiteral("org.freedesktop.login1.Manager");
+const QString sessionInterface = QStringLiteral("org.freedesktop.login1.Session");
 } // namespace
 
 LogindSystemEvents::LogindSystemEvents(QObject* parent) : SystemEvents(parent)
 {
     QDBusConnection system = QDBusConnection::systemBus();
     m_available = system.isConnected() && system.interface()->isServiceRegistered(logind);
-    if (m_available)
+    if (m_available) {
         system.connect(logind, logindPath, manager, QStringLiteral("PrepareForSleep"), this,
                        SLOT(prepareForSleep(bool)));
+        m_session = findSession();
+        if (!m_session.isEmpty())
+            system.connect(logind, m_session, sessionInterface, QStringLiteral("Lock"), this,
+                           SLOT(sessionLock()));
+    }
     // Only the owner of the screen saver's name is heard, but any program of the session can
     // own that name: what it says is only written to the log, it never ends a lock.
     QDBusConnection::sessionBus().connect(QStringLiteral("org.freedesktop.ScreenSaver"),
@@ -25,6 +33,39 @@ LogindSystemEvents::LogindSystemEvents(QObject* parent) : SystemEvents(parent)
                                           QStringLiteral("org.freedesktop.ScreenSaver"),
                                           QStringLiteral("ActiveChanged"), this,
                                           SLOT(activeChanged(bool)));
+}
+
+QString LogindSystemEvents::findSession() const
+{
+    QDBusConnection system = QDBusConnection::systemBus();
+    const QByteArray id = qgetenv("XDG_SESSION_ID");
+    QDBusMessage call = id.isEmpty()
+                            ? QDBusMessage::createMethodCall(logind, logindPath, manager,
+                                                             QStringLiteral("GetSessionByPID"))
+                            : QDBusMessage::createMethodCall(logind, logindPath, manager,
+                                                             QStringLiteral("GetSession"));
+    if (id.isEmpty())
+        call << uint(QCoreApplication::applicationPid());
+    else
+        call << QString::fromLocal8Bit(id);
+    const QDBusReply<QDBusObjectPath> reply = system.call(call, QDBus::Block, 2000);
+    return reply.isValid() ? reply.value().path() : QString();
+}
+
+void LogindSystemEvents::setLockedHint(bool locked)
+{
+    if (m_session.isEmpty())
+        return;
+    QDBusMessage call = QDBusMessage::createMethodCall(logind, m_session, sessionInterface,
+                                                       QStringLiteral("SetLockedHint"));
+    call << locked;
+    // Nothing waits for the answer; logind may refuse a session that is not ours to set.
+    QDBusConnection::systemBus().asyncCall(call);
+}
+
+void LogindSystemEvents::sessionLock()
+{
+    emit lockRequested();
 }
 
 bool LogindSystemEvents::holdSleepDelay()

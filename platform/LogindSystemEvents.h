@@ -4,8 +4,9 @@
 
 #include <QDBusUnixFileDescriptor>
 
-// logind on the system bus (PrepareForSleep, and a "delay" sleep inhibitor), and
-// org.freedesktop.ScreenSaver's ActiveChanged on the session bus.
+// logind on the system bus (PrepareForSleep, a "delay" sleep inhibitor, this session's Lock
+// signal and its LockedHint), and org.freedesktop.ScreenSaver's ActiveChanged on the session bus.
+// The session's Unlock signal is not followed: only the password ends a lock.
 class LogindSystemEvents final : public SystemEvents
 {
     Q_OBJECT
@@ -17,12 +18,18 @@ public:
     bool holdSleepDelay() override;
     void releaseSleepDelay() override;
     bool holdsSleepDelay() const override { return m_inhibitor.isValid(); }
+    void setLockedHint(bool locked) override;
 
 private slots:
     void prepareForSleep(bool sleeping);
     void activeChanged(bool active);
+    void sessionLock();
 
 private:
+    // This session's object: XDG_SESSION_ID's, else the one this process belongs to.
+    QString findSession() const;
+
     bool m_available = false;
+    QString m_session;
     QDBusUnixFileDescriptor m_inhibitor;
 };

@@ -2,8 +2,8 @@
 
 #include <QObject>
 
-// The machine going to sleep and waking, from the system's login manager, and other screen
-// lockers coming up, from the desktop's screen-saver service.
+// The machine going to sleep and waking, and this session's lock requests, from the system's
+// login manager; other screen lockers coming up, from the desktop's screen-saver service.
 class SystemEvents : public QObject
 {
     Q_OBJECT
@@ -13,10 +13,14 @@ public:
     virtual bool holdSleepDelay() = 0;
     virtual void releaseSleepDelay() = 0;
     virtual bool holdsSleepDelay() const = 0;
+    // Tells the login manager whether this session is locked (its LockedHint).
+    virtual void setLockedHint(bool) {}
 
 signals:
     void willSleep();
     void didWake();
     // Another screen locker's screen came up.
     void screenLocked();
+    // The login manager asks this session to lock (`loginctl lock-session`, its idle action).
+    void lockRequested();
 };

@@ -12,7 +12,7 @@ packages=(
     libglib2.0-dev libglib2.0-bin
     xvfb xauth xdotool x11-utils x11-xserver-utils x11-xkb-utils imagemagick
     dbus-daemon dbus-x11 openbox trayer xcompmgr
-    scdoc groff-base dpkg-dev file desktop-file-utils appstream xss-lock
+    scdoc groff-base dpkg-dev file desktop-file-utils appstream xss-lock systemd
     mpv mpv-mpris playerctl sox
     "$@"
 )

@@ -63,7 +63,8 @@ usr/share/doc/tessarine/LICENSE 644
 usr/share/doc/tessarine/copyright 644
 usr/share/icons/hicolor/scalable/apps/org.tessarine.Tessarine.svg 644
 usr/share/man/man1/tessarine.1.gz 644
-usr/share/metainfo/org.tessarine.Tessarine.metainfo.xml 644"
+usr/share/metainfo/org.tessarine.Tessarine.metainfo.xml 644
+usr/share/systemd/user/tessarine.service 644"
 for script in "$SOURCE_DIR"/resources/scripts/*; do
     expected+=$'\n'"usr/share/tessarine/scripts/$(basename "$script") 755"
 done
@@ -78,7 +79,20 @@ linux=$SOURCE_DIR/resources/linux
 service=$root/usr/share/dbus-1/services/org.tessarine.Tessarine.service
 [ "$(cat "$service")" = "[D-BUS Service]
 Name=org.tessarine.Tessarine
-Exec=/usr/bin/tessarine" ] || fail "the service file reads: $(cat "$service")"
+Exec=/usr/bin/tessarine
+SystemdService=tessarine.service" ] || fail "the service file reads: $(cat "$service")"
+# The user unit the bus starts through where systemd runs the session (dbus-broker only starts
+# services that way), and that `systemctl --user enable tessarine` starts with the session.
+unit=$root/usr/share/systemd/user/tessarine.service
+unit_key() { sed -n "s/^$1=//p" "$unit"; }
+[ "$(unit_key ExecStart)" = /usr/bin/tessarine ] || fail "the unit starts $(unit_key ExecStart)"
+[ "$(unit_key Type)" = dbus ] && [ "$(unit_key BusName)" = org.tessarine.Tessarine ] ||
+    fail "the unit is not ready by its bus name: $(cat "$unit")"
+[ "$(unit_key PartOf)" = graphical-session.target ] && [ "$(unit_key WantedBy)" = graphical-session.target ] ||
+    fail "the unit is not part of the graphical session: $(cat "$unit")"
+# systemd's own check, with the binary where the unit names it.
+sed "s#^ExecStart=/usr/bin/#ExecStart=$root/usr/bin/#" "$unit" >"$work/tessarine.service"
+out=$(systemd-analyze verify --man=no "$work/tessarine.service" 2>&1) || fail "systemd-analyze verify: $out"
 cmp -s "$linux/org.tessarine.Tessarine.desktop" "$root/usr/share/applications/org.tessarine.Tessarine.desktop" ||
     fail "the desktop entry differs from its source"
 [ "$(gzip -dc "$root/usr/share/man/man1/tessarine.1.gz")" = "$(cat "$MAN_PAGE")" ] ||

@@ -1,7 +1,7 @@
 # The files a desktop reads about Tessarine: the application menu's entry passes
 # desktop-file-validate and runs commands the binary knows, its icon is there by the name the
 # entry gives, the software centre's metainfo passes appstreamcli and names this release, and
-# the bus's service file names the bus name the program takes.
+# the bus's service file names the bus name the program takes and the systemd unit that starts it.
 set -u
 fail() {
     echo "FAIL: $*" >&2
@@ -51,4 +51,6 @@ version=$("$TESSARINE" --version) || fail "--version failed"
 service=$linux/$id.service.in
 [ "$(key "$service" 'D-BUS Service' Name)" = "$id" ] || fail "the service file is not for $id"
 [ "$(key "$service" 'D-BUS Service' Exec)" = "@bindir@/tessarine" ] || fail "the service file starts something else"
+[ "$(key "$service" 'D-BUS Service' SystemdService)" = tessarine.service ] ||
+    fail "the service file names no systemd unit"
 echo PASS

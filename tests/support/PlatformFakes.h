@@ -160,6 +160,8 @@ public:
         held = false;
     }
     bool holdsSleepDelay() const override { return held; }
+    void setLockedHint(bool locked) override { lockedHints.append(locked); }
+    QList<bool> lockedHints;
     void sleep() { emit willSleep(); }
     void wake() { emit didWake(); }
     void otherLocker() { emit screenLocked(); }

@@ -2,12 +2,13 @@
 // It answers Inhibit with one end of a pipe, and reports when the other program closes it; every
 // caller is told it is in one session, whose object sends Lock as `loginctl lock-session` would.
 // Commands on standard input, one a line: "sleep" and "wake" send PrepareForSleep(true/false),
-// "lock-session" sends the session's Lock.
+// "lock-session" and "unlock-session" send the session's Lock and Unlock.
 // Lines on standard output: "inhibited" when a delay inhibitor was taken; "released grabbed" or
 // "released free" when it was let go, telling whether the keyboard was grabbed at that moment,
 // followed by "desktop N" (how many of 25 points of the screen showed the tests' desktop colour
 // at that moment, -1 when unreadable) and "after MS" (milliseconds since the last
-// PrepareForSleep(true), or -1); "session" when a caller asked for its session.
+// PrepareForSleep(true), or -1); "session" when a caller asked for its session; "lockedhint
+// true|false" when the session's LockedHint was set.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
@@ -149,13 +150,19 @@ public slots:
     // Lockers report whether the user is idle and whether the screen is locked; nothing here
     // depends on it.
     void SetIdleHint(bool) {}
-    void SetLockedHint(bool) {}
+    void SetLockedHint(bool locked)
+    {
+        std::printf("lockedhint %s\n", locked ? "true" : "false");
+        std::fflush(stdout);
+    }
 
 signals:
     void Lock();
+    void Unlock();
 
 public:
     void lock() { emit Lock(); }
+    void unlock() { emit Unlock(); }
 };
 
 int main(int argc, char** argv)
@@ -187,6 +194,8 @@ int main(int argc, char** argv)
             manager.send(false);
         else if (line == "lock-session")
             session.lock();
+        else if (line == "unlock-session")
+            session.unlock();
     });
     return app.exec();
 }
