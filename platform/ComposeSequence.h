@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
+#include <QString>
 
 struct xkb_compose_state;
 struct xkb_compose_table;
@@ -10,8 +9,7 @@ struct xkb_context;
 // Dead keys and the Compose key on the lock screen, composed as the password windows compose
 // them (Qt's compose input context reads the same tables): xkbcommon's compose table for the
 // user's locale, fed the keysym of every key pressed. A dead acute then an "e" types "é", so a
-// password saved with an accent can be typed back on the lock screen. Without Qt: the guard
-// composes with it too.
+// password saved with an accent can be typed back on the lock screen.
 class ComposeSequence
 {
 public:
@@ -29,9 +27,9 @@ public:
     struct Outcome
     {
         Step step = Step::PassOn;
-        std::string text; // UTF-8
+        QString text;
     };
-    Outcome feed(uint32_t keysym);
+    Outcome feed(quint32 keysym);
     // Forgets a sequence begun (at the start of a lock, say).
     void reset();
     // Whether a compose table was found for the locale.
