@@ -1,10 +1,8 @@
 #include "guard/KeyReader.h"
 
 #include "guard/Utf8.h"
-#include "platform/ComposeLocale.h"
 #include "platform/FunctionKeys.h"
 
-#include <xkbcommon/xkbcommon-compose.h>
 #include <xkbcommon/xkbcommon-x11.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -26,17 +24,10 @@ constexpr std::array<uint32_t, 16> ignoredKeysyms = {
 KeyReader::KeyReader(xcb_connection_t* connection) : m_connection(connection)
 {
     m_context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
-    if (m_context)
-        m_composeTable = xkb_compose_table_new_from_locale(m_context, ComposeLocale::name(),
-                                                           XKB_COMPOSE_COMPILE_NO_FLAGS);
-    if (m_composeTable)
-        m_compose = xkb_compose_state_new(m_composeTable, XKB_COMPOSE_STATE_NO_FLAGS);
 }
 
 KeyReader::~KeyReader()
 {
-    xkb_compose_state_unref(m_compose);
-    xkb_compose_table_unref(m_composeTable);
     xkb_state_unref(m_state);
     xkb_keymap_unref(m_keymap);
     xkb_context_unref(m_context);
@@ -89,26 +80,12 @@ std::optional<std::u16string> KeyReader::read(xcb_keycode_t keycode, uint16_t st
     const uint32_t group = (state >> 13) & 0x3;
     xkb_state_update_mask(m_state, state & 0xff, 0, 0, 0, 0, group);
     const xkb_keysym_t keysym = xkb_state_key_get_one_sym(m_state, keycode);
+    const ComposeSequence::Outcome composed = m_compose.feed(keysym);
+    if (composed.step == ComposeSequence::Step::InProgress)
+        return std::nullopt;
+    if (composed.step == ComposeSequence::Step::Composed)
+        return translate(XKB_KEY_NoSymbol, composed.text);
     char text[64] = {};
-    if (m_compose && xkb_compose_state_feed(m_compose, keysym) == XKB_COMPOSE_FEED_ACCEPTED) {
-        switch (xkb_compose_state_get_status(m_compose)) {
-        case XKB_COMPOSE_COMPOSING:
-            return std::nullopt;
-        case XKB_COMPOSE_COMPOSED: {
-            const int length = xkb_compose_state_get_utf8(m_compose, text, sizeof(text));
-            xkb_compose_state_reset(m_compose);
-            if (length <= 0 || length >= int(sizeof(text)))
-                return std::nullopt;
-            return translate(XKB_KEY_NoSymbol, text);
-        }
-        case XKB_COMPOSE_CANCELLED:
-            // The sequence is dropped; this key types as it does without it.
-            xkb_compose_state_reset(m_compose);
-            break;
-        case XKB_COMPOSE_NOTHING:
-            break;
-        }
-    }
     xkb_state_key_get_utf8(m_state, keycode, text, sizeof(text));
     return translate(keysym, text);
 }

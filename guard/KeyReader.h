@@ -1,13 +1,13 @@
 #pragma once
 
+#include "platform/ComposeSequence.h"
+
 #include <xcb/xcb.h>
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
-struct xkb_compose_state;
-struct xkb_compose_table;
 struct xkb_context;
 struct xkb_keymap;
 struct xkb_state;
@@ -39,7 +39,6 @@ private:
     xkb_context* m_context = nullptr;
     xkb_keymap* m_keymap = nullptr;
     xkb_state* m_state = nullptr;
-    xkb_compose_table* m_composeTable = nullptr;
-    xkb_compose_state* m_compose = nullptr;
+    ComposeSequence m_compose;
     int32_t m_device = -1;
 };

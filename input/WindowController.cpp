@@ -50,8 +50,8 @@ bool WindowController::eventFilter(QObject* watched, QEvent* event)
             if (composed.step == ComposeSequence::Step::InProgress)
                 return true;
             if (composed.step == ComposeSequence::Step::Composed) {
-                key.characters = composed.text;
-                key.keyCode = KeyTranslation::keyCodeForCharacter(composed.text.at(0));
+                key.characters = QString::fromStdString(composed.text);
+                key.keyCode = KeyTranslation::keyCodeForCharacter(key.characters.at(0));
             }
         }
         // Media keys are not typing: the application's hook passes them to the music controls.

@@ -25,7 +25,7 @@ ComposeSequence::~ComposeSequence()
     xkb_context_unref(m_context);
 }
 
-ComposeSequence::Outcome ComposeSequence::feed(quint32 keysym)
+ComposeSequence::Outcome ComposeSequence::feed(uint32_t keysym)
 {
     if (!m_state || keysym == XKB_KEY_NoSymbol)
         return {};
@@ -33,14 +33,14 @@ ComposeSequence::Outcome ComposeSequence::feed(quint32 keysym)
         return {}; // a modifier: it takes no part
     switch (xkb_compose_state_get_status(m_state)) {
     case XKB_COMPOSE_COMPOSING:
-        return {Step::InProgress, QString()};
+        return {Step::InProgress, {}};
     case XKB_COMPOSE_COMPOSED: {
         std::array<char, 64> utf8{};
         const int length = xkb_compose_state_get_utf8(m_state, utf8.data(), utf8.size());
         xkb_compose_state_reset(m_state);
         if (length <= 0 || length >= int(utf8.size()))
-            return {Step::InProgress, QString()}; // composes to nothing typed
-        return {Step::Composed, QString::fromUtf8(utf8.data(), length)};
+            return {Step::InProgress, {}}; // composes to nothing typed
+        return {Step::Composed, std::string(utf8.data(), size_t(length))};
     }
     case XKB_COMPOSE_CANCELLED:
         // As in the password windows: the sequence is dropped and this key types as usual.

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QString>
+#include <cstdint>
+#include <string>
 
 struct xkb_compose_state;
 struct xkb_compose_table;
@@ -9,7 +10,8 @@ struct xkb_context;
 // Dead keys and the Compose key on the lock screen, composed as the password windows compose
 // them (Qt's compose input context reads the same tables): xkbcommon's compose table for the
 // user's locale, fed the keysym of every key pressed. A dead acute then an "e" types "é", so a
-// password saved with an accent can be typed back on the lock screen.
+// password saved with an accent can be typed back on the lock screen. Without Qt: the guard
+// composes with it too.
 class ComposeSequence
 {
 public:
@@ -27,9 +29,9 @@ public:
     struct Outcome
     {
         Step step = Step::PassOn;
-        QString text;
+        std::string text; // UTF-8
     };
-    Outcome feed(quint32 keysym);
+    Outcome feed(uint32_t keysym);
     // Forgets a sequence begun (at the start of a lock, say).
     void reset();
     // Whether a compose table was found for the locale.
