@@ -15,9 +15,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
@@ -29,6 +31,34 @@ void closeOtherDescriptors()
     // Only the standard streams and the control socket: nothing else of the lock screen's.
     for (int fd = controlDescriptor + 1; fd < 1024; ++fd)
         ::close(fd);
+}
+
+// The X server at the other end of a local connection, as its process id and start time; empty
+// when the connection is not a local socket. A server that ended cannot come back with both.
+std::string serverIdentity(xcb_connection_t* connection)
+{
+    ucred peer{};
+    socklen_t size = sizeof(peer);
+    if (::getsockopt(xcb_get_file_descriptor(connection), SOL_SOCKET, SO_PEERCRED, &peer, &size) !=
+            0 ||
+        peer.pid <= 0)
+        return {};
+    std::ifstream stat("/proc/" + std::to_string(peer.pid) + "/stat");
+    std::string line;
+    std::getline(stat, line);
+    // The start time is the 22nd field, counted after the command's closing parenthesis.
+    std::string startTime;
+    const size_t end = line.rfind(')');
+    if (end != std::string::npos) {
+        size_t field = 3, at = end + 1;
+        while (field < 22 && at != std::string::npos) {
+            at = line.find(' ', at + 1);
+            ++field;
+        }
+        if (at != std::string::npos)
+            startTime = line.substr(at + 1, line.find(' ', at + 1) - at - 1);
+    }
+    return std::to_string(peer.pid) + "@" + startTime;
 }
 
 } // namespace
@@ -65,7 +95,12 @@ int main(int argc, char** argv)
     // Security: any client may close another's connection to the X server (XKillClient, as
     // xkill does), which takes the guard's cover and grabs with it. The guard then connects
     // again at once and carries on where it was, with the password it read at the start.
+    //
+    // Only to the same X server, though: when the server itself ends, the session it showed has
+    // ended with it, and a server started later on the same display number (a new login, or the
+    // next test) is no business of this guard's.
     std::optional<GuardPassword> kept;
+    std::string server;
     bool holding = false;
     for (int attempt = 0;; ++attempt) {
         xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
@@ -78,6 +113,13 @@ int main(int argc, char** argv)
             }
             ::usleep(20000);
             continue;
+        }
+        if (!kept) {
+            server = serverIdentity(connection);
+        } else if (serverIdentity(connection) != server) {
+            xcb_disconnect(connection);
+            std::fprintf(stderr, "tessarine-guard: the X server it guarded has ended\n");
+            return 1;
         }
         Guard guard(connection, options);
         if (kept)

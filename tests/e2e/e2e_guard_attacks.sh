@@ -90,15 +90,18 @@ refusals=$(log_count 'a hand-over was refused')
 start_tessarine
 wait_until 5 log_count_above 'a hand-over was refused' "$refusals" ||
     fail "the guard was not asked, or did not refuse, the password-less Tessarine"
-grep -q 'the password file no longer holds the password of this lock' "$RIG_DIR/tessarine.log" ||
-    fail "the guard did not say why it refused the restarted Tessarine"
+# (A first refusal may be of the restarted program's check that the guard listens.)
+wait_until 5 grep -q 'the password file no longer holds the password of this lock' \
+    "$RIG_DIR/tessarine.log" || fail "the guard did not say why it refused the restarted Tessarine"
 held "a password-less restart"
-# The password of the lock opens it: the guard ends, and the program that started since then
-# takes the input once it is free.
+# The password of the lock opens it. The password-less program is ended first: left running, it
+# would take the input as soon as the guard lets go (that is how a restart takes a lock back).
+kill -KILL "$TESSARINE_PID"
+wait "$TESSARINE_PID" 2>/dev/null
+TESSARINE_PID=
 xdotool type --delay 40 k3y
 wait_until 3 log_count_above 'tessarine-guard: unlocked by the password' 0 ||
     fail "the password did not open the guard"
-stop_tessarine
 wait_until 3 keyboard_free || fail "the keyboard stayed held"
 cp "$RIG_DIR/settings.plist" "$library/settings.plist"
 
@@ -113,4 +116,32 @@ wait_until 3 keyboard_free || fail "the password did not unlock the new lock"
 grep -q 'k3y' "$RIG_DIR/tessarine.log" && fail "the password appeared in the log"
 kill "$recorder"
 wait "$recorder" 2>/dev/null
+
+# The X server ends while the guard holds a lock, and a new server takes the same display number
+# (a new login on that seat): the guard must not cover or grab there, and ends. The guard is
+# stopped across the change so that it reconnects to the new server, not to none.
+watching=$(log_count 'tessarine-guard: watching the lock')
+"$TESSARINE" lock || fail "tessarine lock failed"
+wait_until 3 log_count_above 'tessarine-guard: watching the lock' "$watching" ||
+    fail "no guard watches"
+sleep 0.5
+held_before=$(log_count 'the guard holds the lock')
+kill -KILL "$TESSARINE_PID"
+wait "$TESSARINE_PID" 2>/dev/null
+TESSARINE_PID=
+wait_until 2 log_count_above 'the guard holds the lock' "$held_before" || fail "no takeover"
+guard=$(guards_of_rig)
+[ -n "$guard" ] || fail "no guard process"
+kill -STOP $guard
+kill "${RIG_PIDS[0]}"
+wait "${RIG_PIDS[0]}" 2>/dev/null
+Xvfb "$DISPLAY" -screen 0 1280x800x24 -nolisten tcp -noreset >"$RIG_DIR/xvfb2.log" 2>&1 &
+RIG_PIDS+=($!)
+wait_until 10 xdpyinfo >/dev/null 2>&1 || fail "the second X server did not start"
+kill -CONT $guard
+wait_until 3 log_count_above 'tessarine-guard: the X server it guarded has ended' 0 ||
+    fail "the guard did not notice that its X server ended"
+wait_until 3 bash -c "! kill -0 $guard 2>/dev/null" || fail "the guard outlived its X server"
+[ "$("$X11_PROBE" grab-keyboard)" = Success ] || fail "the keyboard of the new server is held"
+[ -z "$(xdotool search --name '^tessarine-guard$')" ] || fail "the guard covers the new server"
 echo PASS

@@ -3,7 +3,8 @@
 # file, call desktop_start, and desktop_stop (or let the EXIT trap do it).
 #
 # Every process is started here and ended here by its own id; nothing else on the machine is
-# touched.
+# touched. The one exception is Tessarine's guard, started by Tessarine and left holding the lock
+# when a test ends midway: it is found by the rig's HOME in its environment.
 
 RIG_PIDS=()
 
@@ -56,6 +57,10 @@ desktop_start() {
 desktop_stop() {
     stop_tessarine
     local pid
+    # The guard ignores the polite signals on purpose: only SIGKILL ends it.
+    for pid in $(guards_of_rig); do
+        kill -KILL "$pid" 2>/dev/null || true
+    done
     # Safe under set -e: a process that has ended already is not an error here.
     for pid in "${RIG_PIDS[@]}"; do
         kill "$pid" 2>/dev/null || true
@@ -91,6 +96,16 @@ wait_until_deadline() {
 start_tessarine() {
     "$TESSARINE" "$@" >>"$RIG_DIR/tessarine.log" 2>&1 &
     TESSARINE_PID=$!
+}
+
+# The guards Tessarine started in this rig, found by the rig's HOME in their environment.
+guards_of_rig() {
+    local pid
+    for pid in $(pgrep -x tessarine-guard); do
+        tr '\0' '\n' <"/proc/$pid/environ" 2>/dev/null | grep -qx "HOME=$RIG_DIR/home" &&
+            echo "$pid"
+    done
+    return 0
 }
 
 stop_tessarine() {
