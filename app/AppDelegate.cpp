@@ -25,11 +25,14 @@
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
 #include "platform/PowerSources.h"
+#include "platform/QtXcb.h"
 #include "platform/ScreenShield.h"
 #include "platform/SystemEvents.h"
 #include "settings/PreferenceActions.h"
 #include "triggers/HotKey.h"
+#include "triggers/IdleLock.h"
 #include "triggers/ScheduledLock.h"
+#include "triggers/ScreenSaverService.h"
 #include "triggers/ScriptingInterface.h"
 #include "ui/AboutWindow.h"
 #include "ui/ChangePasswordFields.h"
@@ -53,6 +56,7 @@
 #include <QToolBar>
 #include <QUrl>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -78,6 +82,7 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
                                         [this] { lock(); });
     m_scheduledLock = std::make_unique<ScheduledLock>(
         m_platform.scheduler, m_platform.clock, m_preferences, m_settingsStore, [this] { lock(); });
+    makeIdleLock();
     m_timePicker = std::make_unique<QDateTimeEdit>();
     m_timePicker->setObjectName(QStringLiteral("timeoutTime"));
     m_timePicker->setDisplayFormat(QStringLiteral("HH:mm"));
@@ -138,6 +143,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_preferences.applyDefaultHotKeyCharacter();
     if (m_preferences.useTimer)
         m_scheduledLock->armFromSettings(m_preferences.hour, m_preferences.minute);
+    m_idleLock->reconsider();
     m_timePicker->setDateTime(m_preferences.date ? m_preferences.date->toLocalTime()
                                                  : m_platform.clock.now());
     m_timePicker->setEnabled(m_preferences.useTimer);
@@ -276,4 +282,36 @@ void AppDelegate::finishFirstPassword()
     m_setPassword->clearFields();
     m_setPassword->close();
     m_passwordSetting.confirmSaved();
+}
+
+// --- Idle lock and the desktop's screen-saver service ---------------------------------------
+
+void AppDelegate::makeIdleLock()
+{
+    m_screenSaver = new ScreenSaverService(*this, m_platform.idle, m_platform.clock,
+                                           &QtXcb::windowExists, this);
+    m_idleLock = std::make_unique<IdleLock>(
+        m_platform.scheduler, m_platform.idle, m_preferences, [this] { lock(); },
+        [this] { return isLockActive(); });
+    m_idleLock->addHoldBack([this] { return m_screenSaver->heldBack(); });
+    m_idleLock->addHoldBack([this] { return m_platform.system.idleInhibited(); });
+    // Queued: the last inhibitor can end while the idle lock itself is asking.
+    connect(
+        m_screenSaver, &ScreenSaverService::released, this, [this] { m_idleLock->reconsider(); },
+        Qt::QueuedConnection);
+}
+
+void AppDelegate::toggleLockWhenIdle()
+{
+    m_preferences.lockWhenIdle = !m_preferences.lockWhenIdle;
+    m_settingsStore.set(Keys::lockWhenIdle, m_preferences.lockWhenIdle);
+    m_idleLock->reconsider();
+}
+
+void AppDelegate::setIdleLockMinutes(int minutes)
+{
+    m_preferences.idleLockMinutes =
+        std::clamp(minutes, Preferences::minIdleLockMinutes, Preferences::maxIdleLockMinutes);
+    m_settingsStore.set(Keys::idleLockMinutes, qint64(m_preferences.idleLockMinutes));
+    m_idleLock->reconsider();
 }

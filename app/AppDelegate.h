@@ -34,6 +34,8 @@ class LockSession;
 class LockWindow;
 class StatusItem;
 class HotKey;
+class IdleLock;
+class ScreenSaverService;
 class QAction;
 class QDateTimeEdit;
 class QUrl;
@@ -103,6 +105,13 @@ public:
     void timeLockout(QAction* item);
     ScheduledLock* scheduledLock() const { return m_scheduledLock.get(); }
     QDateTimeEdit* timePicker() const { return m_timePicker.get(); }
+
+    // --- Idle lock and the desktop's screen-saver service -----------------------------------
+    void toggleLockWhenIdle();
+    // The minutes without input, as set in the Security pane (held within 1 to 120).
+    void setIdleLockMinutes(int minutes);
+    IdleLock* idleLock() const { return m_idleLock.get(); }
+    ScreenSaverService* screenSaverService() const { return m_screenSaver; }
 
     // --- Display power --------------------------------------------------------------------
     // Marks the brightness as touched from outside (a read of the mail count does it).
@@ -253,6 +262,7 @@ public:
 
 private:
     void checkForBattery();
+    void makeIdleLock();
     void makeLockScreenParts();
     void loadSettings();
     void showChosenLockImage();
@@ -296,6 +306,7 @@ private:
     std::unique_ptr<ChangePasswordFields> m_changePassword;
     std::unique_ptr<HotKey> m_hotKey;
     std::unique_ptr<ScheduledLock> m_scheduledLock;
+    std::unique_ptr<IdleLock> m_idleLock;
     std::unique_ptr<QDateTimeEdit> m_timePicker;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;
     std::unique_ptr<PreferenceActions> m_preferenceActions;
@@ -304,6 +315,7 @@ private:
     StatusItem* m_statusItem = nullptr;
     WindowController* m_windowController = nullptr;
     ScriptingInterface* m_scripting = nullptr;
+    ScreenSaverService* m_screenSaver = nullptr;
 
     TimerSlot m_swingCall;
     double m_lastRotation = 0;

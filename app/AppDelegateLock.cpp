@@ -29,7 +29,9 @@
 #include "platform/SystemEvents.h"
 #include "settings/PreferenceActions.h"
 #include "triggers/HotKey.h"
+#include "triggers/IdleLock.h"
 #include "triggers/ScheduledLock.h"
+#include "triggers/ScreenSaverService.h"
 #include "triggers/ScriptingInterface.h"
 #include "ui/AboutWindow.h"
 #include "ui/ChangePasswordFields.h"
@@ -71,6 +73,8 @@ void AppDelegate::lock()
         m_windowController->forgetComposing();
     }
     m_session->lock();
+    if (starting && isLockActive())
+        m_screenSaver->activeChanged(true);
     // The login manager hears that the session is locked once the lock holds the input.
     if (starting && isLockActive())
         m_session->whenInputHeld([this](bool held) {
@@ -83,8 +87,11 @@ void AppDelegate::unlock()
 {
     const bool wasActive = isLockActive();
     m_session->unlock();
-    if (wasActive)
+    if (wasActive && !isLockActive()) {
         m_platform.system.setLockedHint(false);
+        m_screenSaver->activeChanged(false);
+        m_idleLock->reconsider();
+    }
 }
 
 void AppDelegate::screenLocked()

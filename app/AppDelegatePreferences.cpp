@@ -51,6 +51,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
+#include <QSpinBox>
 #include <QToolBar>
 #include <QUrl>
 
@@ -306,6 +307,9 @@ void AppDelegate::connectPreferences()
     connect(w->timeoutTextBox(), &QLineEdit::returnPressed, this,
             [this, w] { setTimeout(PreferenceActions::floatValue(w->timeoutTextBox()->text())); });
     connect(w->shortcutText(), &QLineEdit::textEdited, this, &AppDelegate::shortcutText);
+    connect(w->lockWhenIdleCheck(), &QCheckBox::toggled, w->idleLockMinutes(),
+            &QSpinBox::setEnabled);
+    connect(w->idleLockMinutes(), &QSpinBox::valueChanged, this, &AppDelegate::setIdleLockMinutes);
     connect(w->contactTextField(), &QLineEdit::editingFinished, this,
             [this, w] { setContactText(w->contactTextField()->text()); });
 }
@@ -319,7 +323,7 @@ void AppDelegate::connectPreferenceChecks()
     connect(w->batteryCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowBattery);
     connect(w->donotdisturbCheck(), &QCheckBox::clicked, this,
             &AppDelegate::toggleShowDoNotDisturb);
-    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 12> flips{
+    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 13> flips{
         {{w->capslockCheck(), &AppDelegate::toggleShowCapslock},
          {w->lockOnWake(), &AppDelegate::toggleLockOnWake},
          {w->shutDownCheck(), &AppDelegate::toggleShutDown},
@@ -328,6 +332,7 @@ void AppDelegate::connectPreferenceChecks()
          {w->useTimerCheck(), &AppDelegate::toggleUseTimer},
          {w->securityLevelCheck(), &AppDelegate::securityLevel},
          {w->slowGuessesCheck(), &AppDelegate::toggleSlowGuesses},
+         {w->lockWhenIdleCheck(), &AppDelegate::toggleLockWhenIdle},
          {w->flatCheck(), &AppDelegate::toggleFlat},
          {w->wiggleLockCheck(), &AppDelegate::toggleWiggleLock},
          {w->dimCheck(), &AppDelegate::toggleTurnOffDisplay},

@@ -6,6 +6,7 @@
 #include "platform/Dialogs.h"
 #include "platform/DisplayBrightness.h"
 #include "platform/Displays.h"
+#include "platform/IdleTime.h"
 #include "platform/LinuxDesktopPicture.h"
 #include "platform/LogindSystemEvents.h"
 #include "platform/MprisMusicPlayer.h"
@@ -37,12 +38,13 @@ struct LinuxPlatform
     LinuxDesktopPicture desktopPicture;
     MprisMusicPlayer musicPlayer;
     XdgAutostart loginItems{XdgAutostart::defaultFolder(), QCoreApplication::applicationFilePath()};
+    X11IdleTime idle;
 
     PlatformServices services(const QString& libraryFolder)
     {
-        return PlatformServices{clock,          scheduler,   powerSources, displays,
-                                dialogs,        shield,      pointer,      motion,
-                                hotKey,         system,      brightness,   scripts,
-                                desktopPicture, musicPlayer, loginItems,   libraryFolder};
+        return PlatformServices{clock,      scheduler,    powerSources,   displays,    dialogs,
+                                shield,     pointer,      motion,         hotKey,      system,
+                                brightness, scripts,      desktopPicture, musicPlayer, loginItems,
+                                idle,       libraryFolder};
     }
 };

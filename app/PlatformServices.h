@@ -8,6 +8,7 @@ class Dialogs;
 class DisplayBrightness;
 class Displays;
 class GlobalHotKey;
+class IdleTime;
 class LoginItems;
 class MusicPlayer;
 class PointerInjector;
@@ -37,5 +38,6 @@ struct PlatformServices
     DesktopPicture& desktopPicture;
     MusicPlayer& musicPlayer;
     LoginItems& loginItems;
+    IdleTime& idle;
     QString libraryFolder;
 };

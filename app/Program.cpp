@@ -10,6 +10,7 @@
 #include "platform/Memory.h"
 #include "platform/SessionBus.h"
 #include "settings/PropertyListFile.h"
+#include "triggers/ScreenSaverService.h"
 #include "triggers/ScriptingInterface.h"
 
 #include <QDBusConnection>
@@ -89,6 +90,8 @@ extern "C" int tessarine_run_program(int argc, char** argv)
         Log::line(QStringLiteral("the session bus cannot be reached: no remote lock requests"));
         break;
     }
+    // On a desktop without a screen saver of its own, Tessarine is it.
+    delegate.screenSaverService()->claim(QDBusConnection::sessionBus());
     std::unique_ptr<Diagnostics> counts;
     if (diagnostics) {
         counts = std::make_unique<Diagnostics>();

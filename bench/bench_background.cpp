@@ -126,11 +126,11 @@ int main(int argc, char** argv)
     if (further)
         displays.others = {QRect(1920, 0, 1920, 1080)};
     CountingPicture pictures(platform.desktopPicture);
-    AppDelegate delegate(
-        PlatformServices{platform.clock, platform.scheduler, platform.powerSources, displays,
-                         platform.dialogs, platform.shield, platform.pointer, platform.motion,
-                         platform.hotKey, platform.system, platform.brightness, platform.scripts,
-                         pictures, platform.musicPlayer, platform.loginItems, library.path()});
+    AppDelegate delegate(PlatformServices{
+        platform.clock, platform.scheduler, platform.powerSources, displays, platform.dialogs,
+        platform.shield, platform.pointer, platform.motion, platform.hotKey, platform.system,
+        platform.brightness, platform.scripts, pictures, platform.musicPlayer, platform.loginItems,
+        platform.idle, library.path()});
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     delegate.lock();

@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusReply>
+#include <QDBusVariant>
 
 namespace {
 const QString logind = QStringLiteral("org.freedesktop.login1");
@@ -102,6 +103,27 @@ void LogindSystemEvents::prepareForSleep(bool sleeping)
 
 void LogindSystemEvents::activeChanged(bool active)
 {
+    // When Tessarine serves the screen saver itself, its own announcements come back here.
+    if (calledFromDBus() && message().service() == QDBusConnection::sessionBus().baseService())
+        return;
     if (active)
         emit screenLocked();
+}
+
+bool LogindSystemEvents::idleInhibited() const
+{
+    if (!m_available)
+        return false;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        logind, logindPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("Get"));
+    call << manager << QStringLiteral("BlockInhibited");
+    const QDBusReply<QDBusVariant> reply =
+        QDBusConnection::systemBus().call(call, QDBus::Block, 500);
+    // A colon-separated list of what is inhibited: "sleep:idle:handle-lid-switch".
+    return reply.isValid() && reply.value()
+                                  .variant()
+                                  .toString()
+                                  .split(QLatin1Char(':'))
+                                  .contains(QLatin1String("idle"));
 }

@@ -2,12 +2,13 @@
 
 #include "platform/SystemEvents.h"
 
+#include <QDBusContext>
 #include <QDBusUnixFileDescriptor>
 
 // logind on the system bus (PrepareForSleep, a "delay" sleep inhibitor, this session's Lock
 // signal and its LockedHint), and org.freedesktop.ScreenSaver's ActiveChanged on the session bus.
 // The session's Unlock signal is not followed: only the password ends a lock.
-class LogindSystemEvents final : public SystemEvents
+class LogindSystemEvents final : public SystemEvents, protected QDBusContext
 {
     Q_OBJECT
 public:
@@ -19,6 +20,7 @@ public:
     void releaseSleepDelay() override;
     bool holdsSleepDelay() const override { return m_inhibitor.isValid(); }
     void setLockedHint(bool locked) override;
+    bool idleInhibited() const override;
 
 private slots:
     void prepareForSleep(bool sleeping);

@@ -29,4 +29,14 @@ struct FreeDeleter
 };
 template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
+// Whether a window of that id exists on Qt's display; false without one.
+inline bool windowExists(uint32_t window)
+{
+    xcb_connection_t* c = connection();
+    if (!c || window == XCB_NONE)
+        return false;
+    return Reply<xcb_get_window_attributes_reply_t>(xcb_get_window_attributes_reply(
+               c, xcb_get_window_attributes(c, window), nullptr)) != nullptr;
+}
+
 } // namespace QtXcb

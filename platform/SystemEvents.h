@@ -15,6 +15,8 @@ public:
     virtual bool holdsSleepDelay() const = 0;
     // Tells the login manager whether this session is locked (its LockedHint).
     virtual void setLockedHint(bool) {}
+    // Whether a program holds the login manager's "idle" inhibitor (systemd-inhibit --what=idle).
+    virtual bool idleInhibited() const { return false; }
 
 signals:
     void willSleep();

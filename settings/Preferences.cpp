@@ -3,6 +3,8 @@
 #include "settings/SettingKeys.h"
 #include "settings/SettingsSnapshot.h"
 
+#include <algorithm>
+
 void Preferences::loadFrom(const SettingsSnapshot& file)
 {
     dimEnabled = file.boolValue(Keys::dim);
@@ -28,6 +30,11 @@ void Preferences::loadFrom(const SettingsSnapshot& file)
     orderMatters = file.boolValue(Keys::orderMatters);
     // New in this version: on unless the user turned it off.
     slowGuesses = !file.contains(Keys::slowGuesses) || file.boolValue(Keys::slowGuesses);
+    lockWhenIdle = file.boolValue(Keys::lockWhenIdle);
+    idleLockMinutes = file.contains(Keys::idleLockMinutes)
+                          ? int(std::clamp<qint64>(file.longValue(Keys::idleLockMinutes),
+                                                   minIdleLockMinutes, maxIdleLockMinutes))
+                          : defaultIdleLockMinutes;
     shortcutModifier1 = file.numberObject(Keys::shortcutModifier1);
     shortcutModifier2 = file.numberObject(Keys::shortcutModifier2);
     shortcutModifier3 = file.numberObject(Keys::shortcutModifier3);

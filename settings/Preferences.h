@@ -12,6 +12,9 @@ class SettingsSnapshot;
 struct Preferences
 {
     static constexpr const char* defaultContactText = "If found please call";
+    static constexpr int minIdleLockMinutes = 1;
+    static constexpr int maxIdleLockMinutes = 120;
+    static constexpr int defaultIdleLockMinutes = 10;
 
     // Display power while locked.
     bool dimEnabled = false;
@@ -51,6 +54,9 @@ struct Preferences
     // gives; loading always overwrites them.
     bool orderMatters = false;
     bool slowGuesses = true;
+    // Locking after a time without input (triggers/IdleLock).
+    bool lockWhenIdle = false;
+    int idleLockMinutes = defaultIdleLockMinutes;
     int startAnimation = 2;
     int closeAnimation = 3;
     int wiggleStrength = 20;

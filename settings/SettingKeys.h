@@ -69,11 +69,14 @@ inline constexpr SettingKey wiggleLock{"wiggleLock", SettingType::Boolean};
 inline constexpr SettingKey flat{"flat", SettingType::Boolean};
 // This program's own: the contact line's text; missing, the built-in "If found please call".
 inline constexpr SettingKey contactText{"contactText", SettingType::String};
+// This program's own: lock after idleLockMinutes without input (1 to 120; 10 when missing).
+inline constexpr SettingKey lockWhenIdle{"lockWhenIdle", SettingType::Boolean};
+inline constexpr SettingKey idleLockMinutes{"idleLockMinutes", SettingType::Integer};
 // Written by its check box but never read back: the caps-lock notice is on after every start.
 inline constexpr SettingKey showCapslock{"showCapslock", SettingType::Boolean};
 } // namespace Keys
 
-inline constexpr std::array<const SettingKey*, 35> allSettingKeys = {
+inline constexpr std::array<const SettingKey*, 37> allSettingKeys = {
     &Keys::showMusic,
     &Keys::showTime,
     &Keys::showBattery,
@@ -109,6 +112,8 @@ inline constexpr std::array<const SettingKey*, 35> allSettingKeys = {
     &Keys::flat,
     &Keys::showCapslock,
     &Keys::contactText,
+    &Keys::lockWhenIdle,
+    &Keys::idleLockMinutes,
 };
 
 // A value to be written; it is converted to the key's declared type.

@@ -15,7 +15,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <QSlider>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -242,10 +244,22 @@ QWidget* PreferencesWindow::makeSecurityView(ChangePasswordFields* passwordField
         checkBox("securityLevelCheck", tr("The order in which the keys are typed matters"));
     m_slowGuessesCheck = checkBox("slowGuessesCheck",
                                   tr("Take keys slowly after 200 in one lock that unlock nothing"));
+    m_lockWhenIdleCheck = checkBox("lockWhenIdleCheck", tr("Lock after"));
+    m_idleLockMinutes = new QSpinBox(this);
+    m_idleLockMinutes->setObjectName(QStringLiteral("idleLockMinutes"));
+    m_idleLockMinutes->setRange(Preferences::minIdleLockMinutes, Preferences::maxIdleLockMinutes);
+    // Typed digits count once the field is left or Return is pressed, not one by one.
+    m_idleLockMinutes->setKeyboardTracking(false);
+    auto* idle = new QHBoxLayout;
+    idle->addWidget(m_lockWhenIdleCheck);
+    idle->addWidget(m_idleLockMinutes);
+    idle->addWidget(new QLabel(tr("minutes without input"), this));
+    idle->addStretch();
     auto* layout = new QVBoxLayout;
     layout->addWidget(passwordFields);
     layout->addWidget(m_securityLevelCheck);
     layout->addWidget(m_slowGuessesCheck);
+    layout->addLayout(idle);
     return pane(this, "securityView", layout);
 }
 
@@ -414,6 +428,12 @@ void PreferencesWindow::fill(const Preferences& p, const Fill& extra)
     m_timeoutTime->setEnabled(p.useTimer);
     setChecked(m_securityLevelCheck, p.orderMatters);
     setChecked(m_slowGuessesCheck, p.slowGuesses);
+    setChecked(m_lockWhenIdleCheck, p.lockWhenIdle);
+    {
+        const QSignalBlocker quiet(m_idleLockMinutes);
+        m_idleLockMinutes->setValue(p.idleLockMinutes);
+    }
+    m_idleLockMinutes->setEnabled(p.lockWhenIdle);
     setChecked(m_flatCheck, p.flat);
     m_contactTextField->setText(p.contactText);
 

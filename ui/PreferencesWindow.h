@@ -15,6 +15,7 @@ class QLabel;
 class QLineEdit;
 class QRadioButton;
 class QSlider;
+class QSpinBox;
 class QTabWidget;
 class QToolBar;
 class ChangePasswordFields;
@@ -77,6 +78,8 @@ public:
     QCheckBox* useTimerCheck() const { return m_useTimerCheck; }
     QCheckBox* securityLevelCheck() const { return m_securityLevelCheck; }
     QCheckBox* slowGuessesCheck() const { return m_slowGuessesCheck; }
+    QCheckBox* lockWhenIdleCheck() const { return m_lockWhenIdleCheck; }
+    QSpinBox* idleLockMinutes() const { return m_idleLockMinutes; }
     QLineEdit* contactTextField() const { return m_contactTextField; }
     // Under the background menu: the clear background needs a compositing manager.
     void showCompositorNote(bool show);
@@ -140,6 +143,8 @@ private:
     QCheckBox* m_useTimerCheck = nullptr;
     QCheckBox* m_securityLevelCheck = nullptr;
     QCheckBox* m_slowGuessesCheck = nullptr;
+    QCheckBox* m_lockWhenIdleCheck = nullptr;
+    QSpinBox* m_idleLockMinutes = nullptr;
     QLineEdit* m_contactTextField = nullptr;
     QLabel* m_compositorNote = nullptr;
     QCheckBox* m_flatCheck = nullptr;

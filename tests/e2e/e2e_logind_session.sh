@@ -38,4 +38,29 @@ xdotool type --delay 60 ab
 wait_until 3 keyboard_free || fail "the password did not unlock the second lock"
 wait_until 3 eval '[ "$(logind_count "lockedhint false")" = 2 ]' || fail "LockedHint not cleared the second time"
 kill -0 "$TESSARINE_PID" || fail "tessarine ended"
+
+# The idle lock waits while a program holds the login manager's idle inhibitor
+# (systemd-inhibit --what=idle), and comes once it lets go.
+stop_tessarine
+write_options "<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer><key>lockWhenIdle</key><true/><key>idleLockMinutes</key><integer>1</integer>"
+/usr/bin/python3 - >"$RIG_DIR/inhibitor.txt" <<'PY' &
+import dbus, time
+manager = dbus.Interface(dbus.SystemBus().get_object("org.freedesktop.login1",
+                                                     "/org/freedesktop/login1"),
+                         "org.freedesktop.login1.Manager")
+held = manager.Inhibit("idle", "a film", "playing", "block")
+print("held", flush=True)
+time.sleep(60)
+PY
+client=$!
+wait_until 5 grep -q held "$RIG_DIR/inhibitor.txt" || fail "the idle inhibitor was not taken"
+TESSARINE_TEST_MINUTE_MS=1500 start_tessarine
+wait_until 10 tray_icon_embedded || fail "no tray icon after the restart"
+sleep 4
+keyboard_free || fail "the idle lock came while the login manager's idle inhibitor was held"
+kill "$client"
+wait "$client" 2>/dev/null
+wait_until 4 keyboard_grabbed_by_other || fail "no idle lock after the idle inhibitor was let go"
+xdotool type --delay 60 ab
+wait_until 3 keyboard_free || fail "the password did not unlock the idle lock"
 echo PASS

@@ -3,6 +3,7 @@
 #include "lockscreen/WindowMotion.h"
 #include "platform/DisplayBrightness.h"
 #include "platform/GlobalHotKey.h"
+#include "platform/IdleTime.h"
 #include "platform/LoginItems.h"
 #include "platform/ScriptRunner.h"
 
@@ -141,9 +142,25 @@ public:
 };
 
 // Sleep and wake on demand; remembers whether the sleep delay is held.
+// The X server's idle time, set by the test; SimulateUserActivity sets it back to 0.
+class FakeIdleTime final : public IdleTime
+{
+public:
+    uint32_t ms = 0;
+    int activity = 0;
+    uint32_t sinceInput() const override { return ms; }
+    void countAsActivity() override
+    {
+        ms = 0;
+        ++activity;
+    }
+};
+
 class FakeSystemEvents final : public SystemEvents
 {
 public:
+    bool idleInhibitor = false;
+    bool idleInhibited() const override { return idleInhibitor; }
     bool available = true;
     bool held = false;
     int releases = 0;

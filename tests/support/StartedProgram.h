@@ -26,7 +26,7 @@ struct StartedProgram
         PasswordBuffer::setLastNudgeTime(0);
         delegate = std::make_unique<AppDelegate>(PlatformServices{
             clock, scheduler, power, displays, dialogs, shield, pointer, motion, hotKey, system,
-            brightness, scripts, pictures, player, loginItems, folder});
+            brightness, scripts, pictures, player, loginItems, idle, folder});
         delegate->awakeFromNib();
         delegate->applicationDidFinishLaunching();
     }
@@ -46,5 +46,6 @@ struct StartedProgram
     FakeDesktopPicture pictures;
     FakeMusicPlayer player;
     FakeLoginItems loginItems;
+    FakeIdleTime idle;
     std::unique_ptr<AppDelegate> delegate;
 };

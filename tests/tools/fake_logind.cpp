@@ -8,7 +8,8 @@
 // followed by "desktop N" (how many of 25 points of the screen showed the tests' desktop colour
 // at that moment, -1 when unreadable) and "after MS" (milliseconds since the last
 // PrepareForSleep(true), or -1); "session" when a caller asked for its session; "lockedhint
-// true|false" when the session's LockedHint was set.
+// true|false" when the session's LockedHint was set. The manager's BlockInhibited property lists
+// "idle" while a caller holds an idle inhibitor.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
@@ -76,6 +77,13 @@ class Manager : public QObject, protected QDBusContext
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
+    Q_PROPERTY(QString BlockInhibited READ blockInhibited)
+public:
+    QString blockInhibited() const
+    {
+        return m_idleHolders > 0 ? QStringLiteral("idle") : QString();
+    }
+
 public slots:
     QDBusUnixFileDescriptor Inhibit(const QString& what, const QString&, const QString&,
                                     const QString& mode)
@@ -88,11 +96,19 @@ public slots:
         QDBusUnixFileDescriptor handed(ends[1]);
         ::close(ends[1]);
         auto* notifier = new QSocketNotifier(ends[0], QSocketNotifier::Read, this);
-        connect(notifier, &QSocketNotifier::activated, this, [notifier, ends] {
+        const bool idle = what.split(QLatin1Char(':')).contains(QLatin1String("idle"));
+        if (idle) {
+            ++m_idleHolders;
+            std::printf("idle inhibited\n");
+            std::fflush(stdout);
+        }
+        connect(notifier, &QSocketNotifier::activated, this, [this, notifier, ends, idle] {
             char byte;
             if (::read(ends[0], &byte, 1) > 0)
                 return;
             notifier->setEnabled(false);
+            if (idle)
+                --m_idleHolders;
             // The screen first: it is what a machine sleeping now would wake up showing.
             const double after = msSinceSleep();
             const int desktop = desktopShowing();
@@ -134,6 +150,7 @@ public:
     }
 
 private:
+    int m_idleHolders = 0;
     QDBusObjectPath session()
     {
         std::printf("session\n");
@@ -171,7 +188,8 @@ int main(int argc, char** argv)
     QDBusConnection bus = QDBusConnection::systemBus();
     Manager manager;
     Session session;
-    const auto exported = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals;
+    const auto exported = QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                          QDBusConnection::ExportAllProperties;
     if (!bus.registerObject("/org/freedesktop/login1", &manager, exported) ||
         !bus.registerObject(Manager::sessionPath, &session, exported) ||
         !bus.registerService("org.freedesktop.login1")) {
