@@ -38,6 +38,7 @@
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
 #include "ui/HelpWindow.h"
+#include "ui/PreferencesController.h"
 #include "ui/PreferencesWindow.h"
 #include "ui/StatusItem.h"
 
@@ -89,7 +90,8 @@ AppDelegate::AppDelegate(PlatformServices platform, QObject* parent)
     m_preferencesWindow =
         std::make_unique<PreferencesWindow>(m_timePicker.get(), m_changePassword.get());
     m_preferenceActions.reset(makePreferenceActions());
-    connectPreferences();
+    m_preferencesController = new PreferencesController(*this, *m_preferencesWindow, m_preferences,
+                                                        m_settingsStore, this);
     connect(&m_platform.system, &SystemEvents::screenLocked, this, &AppDelegate::screenLocked);
     // `loginctl lock-session` and the login manager's own idle action.
     connect(&m_platform.system, &SystemEvents::lockRequested, this, &AppDelegate::lock);

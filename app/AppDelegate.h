@@ -26,6 +26,7 @@ class LockScreenColours;
 class MailBadge;
 class MusicWidget;
 class PreferenceActions;
+class PreferencesController;
 class PreferencesWindow;
 class QRadioButton;
 class QWidget;
@@ -272,9 +273,6 @@ private:
     void nudge();
     void shake();
     PreferenceActions* makePreferenceActions();
-    void connectPreferences();
-    void connectPreferenceChecks();
-    void connectPreferenceChoices();
     void animationPressed(QRadioButton* sender, bool unlock);
     // A panel cancelled or a picture refused: the menus show the current choice again.
     void showLockImageChoice();
@@ -310,6 +308,7 @@ private:
     std::unique_ptr<QDateTimeEdit> m_timePicker;
     std::unique_ptr<PreferencesWindow> m_preferencesWindow;
     std::unique_ptr<PreferenceActions> m_preferenceActions;
+    PreferencesController* m_preferencesController = nullptr;
     std::unique_ptr<HelpWindow> m_help;
     QDateTime m_pickedTime;
     StatusItem* m_statusItem = nullptr;

@@ -36,6 +36,7 @@
 #include "ui/ChangePasswordFields.h"
 #include "ui/FirstPasswordWindow.h"
 #include "ui/HelpWindow.h"
+#include "ui/PreferencesController.h"
 #include "ui/PreferencesWindow.h"
 #include "ui/StatusItem.h"
 
@@ -80,12 +81,12 @@ PreferenceActions* AppDelegate::makePreferenceActions()
 
 void AppDelegate::showLockImageChoice()
 {
-    m_preferencesWindow->showLockImageChoice(m_preferences.lockImageType);
+    m_preferencesController->showLockImageChoice();
 }
 
 void AppDelegate::showBackgroundChoice()
 {
-    m_preferencesWindow->showBackgroundChoice(m_preferences.backgroundType);
+    m_preferencesController->showBackgroundChoice();
 }
 
 void AppDelegate::toggleShowMusic(bool checked)
@@ -263,181 +264,49 @@ void AppDelegate::unlockAnimationPressed(QRadioButton* sender)
 
 void AppDelegate::animationPressed(QRadioButton* sender, bool unlock)
 {
-    if (!sender->isChecked()) {
-        sender->setChecked(true); // the chosen one was clicked again: it stays, nothing changes
-        return;
-    }
-    const QList<QRadioButton*>& buttons =
-        unlock ? m_preferencesWindow->unlockAnimations() : m_preferencesWindow->lockAnimations();
-    for (int i = 0; i < int(buttons.size()); ++i) {
-        if (buttons.at(i) != sender)
-            buttons.at(i)->setChecked(false);
-        else if (unlock)
-            m_preferenceActions->unlockAnimationChosen(i);
-        else
-            m_preferenceActions->lockAnimationChosen(i);
-    }
+    m_preferencesController->animationPressed(sender, unlock, *m_preferenceActions);
 }
 
 // --- Preferences window -------------------------------------------------------------------
 
-namespace {
-bool preferencesOpened = false;
-} // namespace
-
-void AppDelegate::connectPreferences()
-{
-    PreferencesWindow* w = m_preferencesWindow.get();
-    const std::array<std::pair<const char*, void (AppDelegate::*)()>, 6> panes{
-        {{"General", &AppDelegate::generalPressed},
-         {"Appearance", &AppDelegate::imagesPressed},
-         {"Animations", &AppDelegate::animationsPressed},
-         {"Security", &AppDelegate::passwordPressed},
-         {"Shortcuts", &AppDelegate::shortcutsPressed},
-         {"Remote Lock", &AppDelegate::remoteLockPressed}}};
-    for (const auto& [title, action] : panes)
-        connect(w->toolbarItem(QString::fromLatin1(title)), &QAction::triggered, this, action);
-    connectPreferenceChecks();
-    connectPreferenceChoices();
-    connect(w->wiggleScreenSlider(), &QSlider::valueChanged, this,
-            &AppDelegate::screenSliderChanged);
-    connect(w->brightnessText(), &QLineEdit::returnPressed, this, [this, w] {
-        setLockBrightness(PreferenceActions::floatValue(w->brightnessText()->text()));
-    });
-    connect(w->timeoutTextBox(), &QLineEdit::returnPressed, this,
-            [this, w] { setTimeout(PreferenceActions::floatValue(w->timeoutTextBox()->text())); });
-    connect(w->shortcutText(), &QLineEdit::textEdited, this, &AppDelegate::shortcutText);
-    connect(w->lockWhenIdleCheck(), &QCheckBox::toggled, w->idleLockMinutes(),
-            &QSpinBox::setEnabled);
-    connect(w->idleLockMinutes(), &QSpinBox::valueChanged, this, &AppDelegate::setIdleLockMinutes);
-    connect(w->contactTextField(), &QLineEdit::editingFinished, this,
-            [this, w] { setContactText(w->contactTextField()->text()); });
-}
-
-void AppDelegate::connectPreferenceChecks()
-{
-    PreferencesWindow* w = m_preferencesWindow.get();
-    // Clicks only: the window setting a box when it opens changes nothing.
-    connect(w->musicCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowMusic);
-    connect(w->timeCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowTime);
-    connect(w->batteryCheck(), &QCheckBox::clicked, this, &AppDelegate::toggleShowBattery);
-    connect(w->donotdisturbCheck(), &QCheckBox::clicked, this,
-            &AppDelegate::toggleShowDoNotDisturb);
-    const std::array<std::pair<QCheckBox*, void (AppDelegate::*)()>, 13> flips{
-        {{w->capslockCheck(), &AppDelegate::toggleShowCapslock},
-         {w->lockOnWake(), &AppDelegate::toggleLockOnWake},
-         {w->shutDownCheck(), &AppDelegate::toggleShutDown},
-         {w->openOnLoginCheck(), &AppDelegate::toggleOpenOnLogin},
-         {w->keyboardShortcutCheck(), &AppDelegate::toggleKeyboardShortcut},
-         {w->useTimerCheck(), &AppDelegate::toggleUseTimer},
-         {w->securityLevelCheck(), &AppDelegate::securityLevel},
-         {w->slowGuessesCheck(), &AppDelegate::toggleSlowGuesses},
-         {w->lockWhenIdleCheck(), &AppDelegate::toggleLockWhenIdle},
-         {w->flatCheck(), &AppDelegate::toggleFlat},
-         {w->wiggleLockCheck(), &AppDelegate::toggleWiggleLock},
-         {w->dimCheck(), &AppDelegate::toggleTurnOffDisplay},
-         {w->timeoutCheck(), &AppDelegate::toggleTimeout}}};
-    for (const auto& [box, action] : flips)
-        connect(box, &QCheckBox::clicked, this, action);
-}
-
-void AppDelegate::connectPreferenceChoices()
-{
-    PreferencesWindow* w = m_preferencesWindow.get();
-    for (QRadioButton* colour : {w->whiteButton(), w->blackButton()})
-        connect(colour, &QRadioButton::clicked, this, [this, colour] {
-            colorChanged(colour->objectName() == QLatin1String("whiteButton")
-                             ? QStringLiteral("White")
-                             : QStringLiteral("Black"));
-        });
-    for (QRadioButton* button : w->lockAnimations())
-        connect(button, &QRadioButton::clicked, this,
-                [this, button] { lockAnimationPressed(button); });
-    for (QRadioButton* button : w->unlockAnimations())
-        connect(button, &QRadioButton::clicked, this,
-                [this, button] { unlockAnimationPressed(button); });
-    const std::array<void (AppDelegate::*)(), 6> lockImages{&AppDelegate::redLock,
-                                                            &AppDelegate::blueLock,
-                                                            &AppDelegate::blackLock,
-                                                            &AppDelegate::whiteMinimalLockImage,
-                                                            &AppDelegate::blackMinimalLockImage,
-                                                            &AppDelegate::customLockImage};
-    connect(w->lockSelector(), &QComboBox::activated, this,
-            [this, lockImages](int index) { (this->*lockImages.at(index))(); });
-    const std::array<void (AppDelegate::*)(), 4> backgrounds{
-        &AppDelegate::desktopBackground, &AppDelegate::brushedMetal,
-        &AppDelegate::customBackgroundImage, &AppDelegate::clearBackground};
-    connect(w->backgroundSelector(), &QComboBox::activated, this, [this, backgrounds](int index) {
-        (this->*backgrounds.at(index))();
-        showCompositorNote();
-    });
-    // The menus' items are in the order of the hot key's modifier tags; the third has no "none".
-    connect(w->firstShortcutModifier(), &QComboBox::activated, this,
-            &AppDelegate::firstShortcutModifier);
-    connect(w->secondShortcutModifier(), &QComboBox::activated, this,
-            &AppDelegate::secondShortcutModifier);
-    connect(w->thirdShortcutModifier(), &QComboBox::activated, this,
-            [this](int index) { thirdShortcutModifier(index + 1); });
-}
-
 void AppDelegate::openPreferences()
 {
-    PreferencesWindow::Fill extra;
-    extra.noBattery = m_noBattery;
-    // The daily lock time is read from disk, not from memory.
-    extra.dailyLockDate = m_settingsStore.load().dateValue(Keys::date);
-    preferencesOpened = true;
-    {
-        const QSignalBlocker quiet(m_preferencesWindow->wiggleScreenSlider());
-        m_preferencesWindow->fill(m_preferences, extra);
-    }
-    showCompositorNote();
-    m_preferencesWindow->show();
-    m_preferencesWindow->raise();
-    m_preferencesWindow->activateWindow();
+    m_preferencesController->open(m_noBattery);
 }
 
 void AppDelegate::showCompositorNote()
 {
-    m_preferencesWindow->showCompositorNote(
-        m_preferences.backgroundType == BackgroundBuilder::ClearKind && !Compositor::isRunning());
+    m_preferencesController->showCompositorNote();
 }
 
 void AppDelegate::generalPressed()
 {
-    m_preferencesWindow->showPane(m_preferencesWindow->generalView(), QStringLiteral("General"));
+    m_preferencesController->showPane(QStringLiteral("General"));
 }
 
 void AppDelegate::imagesPressed()
 {
-    PreferencesWindow* w = m_preferencesWindow.get();
-    w->setSelectedItemIdentifier(QStringLiteral("Appearance"));
-    w->showPane(w->appearanceView(), QStringLiteral("Appearance"));
-    w->showLockImageChoice(m_preferences.lockImageType);
-    w->showBackgroundChoice(m_preferences.backgroundType);
+    m_preferencesController->showPane(QStringLiteral("Appearance"));
 }
 
 void AppDelegate::animationsPressed()
 {
-    m_preferencesWindow->showPane(m_preferencesWindow->animationsView(),
-                                  QStringLiteral("Animations"));
+    m_preferencesController->showPane(QStringLiteral("Animations"));
 }
 
 void AppDelegate::passwordPressed()
 {
-    m_preferencesWindow->showPane(m_preferencesWindow->securityView(), QStringLiteral("Security"));
+    m_preferencesController->showPane(QStringLiteral("Security"));
 }
 
 void AppDelegate::shortcutsPressed()
 {
-    m_preferencesWindow->showPane(m_preferencesWindow->shortcutsView(),
-                                  QStringLiteral("Shortcuts"));
+    m_preferencesController->showPane(QStringLiteral("Shortcuts"));
 }
 
 void AppDelegate::remoteLockPressed()
 {
-    m_preferencesWindow->showPane(m_preferencesWindow->remoteLockView(),
-                                  QStringLiteral("Remote Lock"));
+    m_preferencesController->showPane(QStringLiteral("Remote Lock"));
 }
 
 void AppDelegate::setPreferencesSize(QWidget* pane)
@@ -452,12 +321,12 @@ void AppDelegate::closePreferences()
 
 bool AppDelegate::isPreferencesOpened()
 {
-    return preferencesOpened;
+    return PreferencesController::isOpened();
 }
 
 void AppDelegate::preferencesAlreadyOpened()
 {
-    preferencesOpened = false;
+    PreferencesController::clearOpened();
 }
 
 void AppDelegate::openAbout()
