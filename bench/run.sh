@@ -44,16 +44,27 @@ thread_switches() { # PID: "TID SWITCHES" for every thread, voluntary and involu
 switches_between() { # BEFORE AFTER
     awk 'NR == FNR {before[$1] = $2; next} {d += $2 - before[$1]} END {print d + 0}' "$1" "$2"
 }
-"$TESSARINE" >/dev/null 2>&1 & idle=$!
-wait_until 10 tray_icon_embedded
-sleep 3
-rss_kb=$(awk '/^VmRSS/ {print $2}' /proc/$idle/status)
-threads=$(ls /proc/$idle/task | wc -l)
-thread_switches $idle >"$RIG_DIR/switches.before"
-sleep 10
-thread_switches $idle >"$RIG_DIR/switches.after"
-wakeups=$(switches_between "$RIG_DIR/switches.before" "$RIG_DIR/switches.after")
-kill "$idle"; wait "$idle" 2>/dev/null || true
+idle_sample() { # prints "RSS_KB THREADS WAKEUPS" of a Tessarine idling in the tray for 10 s
+    local idle
+    "$TESSARINE" >/dev/null 2>&1 & idle=$!
+    wait_until 10 tray_icon_embedded
+    sleep 3
+    local rss threads
+    rss=$(awk '/^VmRSS/ {print $2}' /proc/$idle/status)
+    threads=$(ls /proc/$idle/task | wc -l)
+    thread_switches $idle >"$RIG_DIR/switches.before"
+    sleep 10
+    thread_switches $idle >"$RIG_DIR/switches.after"
+    echo "$rss $threads $(switches_between "$RIG_DIR/switches.before" "$RIG_DIR/switches.after")"
+    kill "$idle"; wait "$idle" 2>/dev/null || true
+}
+read -r rss_kb threads wakeups < <(idle_sample)
+# The same with the idle lock on (ten minutes): one timer for the next deadline, nothing more.
+cp "$XDG_CONFIG_HOME/tessarine/properties.plist" "$RIG_DIR/properties.plist"
+sed -i 's|</dict>|<key>lockWhenIdle</key><true/><key>idleLockMinutes</key><integer>10</integer></dict>|' \
+    "$XDG_CONFIG_HOME/tessarine/properties.plist"
+read -r _ idle_lock_threads idle_lock_wakeups < <(idle_sample)
+cp "$RIG_DIR/properties.plist" "$XDG_CONFIG_HOME/tessarine/properties.plist"
 
 # Tray click to keyboard grabbed, and the last password key to keyboard released, seen by a
 # focused window of another client; the profile's password is "a", with no closing movement.
@@ -276,6 +287,7 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')
     echo "| Start to tray icon embedded | $start_median ms | $start_min to $start_max ms | 150 ms | $runs |"
     echo "| Idle resident memory | $((rss_kb / 1024)) MB ($rss_kb kB) | one sample | 40 MB | 1 |"
     echo "| Wake-ups while idle (all $threads threads, 10 s) | $wakeups | one sample | 0 | 1 |"
+    echo "| Wake-ups while idle with the idle lock on (all $idle_lock_threads threads, 10 s) | $idle_lock_wakeups | one sample | 0 | 1 |"
     echo "| Tray click to keyboard grabbed | $click_median ms | $click_min to $click_max ms | 5 ms | $runs ($click_timeouts timed out) |"
     echo "| \`lock\` in the program to keyboard grabbed | $lock_median ms | $lock_min to $lock_max ms | 5 ms | $runs |"
     echo "| Last password key to keyboard released | $release_median ms | $release_min to $release_max ms | 5 ms | $runs ($release_timeouts timed out) |"
