@@ -22,8 +22,10 @@
 #include "lockscreen/LockWindow.h"
 #include "lockscreen/MailBadge.h"
 #include "lockscreen/MusicWidget.h"
+#include "platform/DesktopLocker.h"
 #include "platform/Dialogs.h"
 #include "platform/Displays.h"
+#include "platform/Log.h"
 #include "platform/PowerSources.h"
 #include "platform/QtXcb.h"
 #include "platform/ScreenShield.h"
@@ -316,4 +318,24 @@ void AppDelegate::setIdleLockMinutes(int minutes)
         std::clamp(minutes, Preferences::minIdleLockMinutes, Preferences::maxIdleLockMinutes);
     m_settingsStore.set(Keys::idleLockMinutes, qint64(m_preferences.idleLockMinutes));
     m_idleLock->reconsider();
+}
+
+// --- A session Tessarine cannot lock itself -------------------------------------------------
+
+void AppDelegate::handLocksToDesktop(DesktopLocker& locker)
+{
+    m_desktopLocker = &locker;
+    m_idleLock->disable();
+    Log::line(QString::fromLatin1(handedToDesktopLine));
+    if (m_statusItem && m_statusItem->trayIcon())
+        m_statusItem->trayIcon()->showMessage(
+            tr("Tessarine"), tr("This Wayland session is locked by the desktop's own lock screen: "
+                                "Tessarine hands every lock to it."));
+}
+
+void AppDelegate::handLockToDesktop()
+{
+    m_desktopLockAnswered = m_desktopLocker->lock();
+    if (!m_desktopLockAnswered)
+        Log::line(QString::fromLatin1(desktopDidNotLockLine));
 }

@@ -34,6 +34,7 @@ class LockScreenViews;
 class LockSession;
 class LockWindow;
 class StatusItem;
+class DesktopLocker;
 class HotKey;
 class IdleLock;
 class ScreenSaverService;
@@ -112,6 +113,19 @@ public:
     // The minutes without input, as set in the Security pane (held within 1 to 120).
     void setIdleLockMinutes(int minutes);
     IdleLock* idleLock() const { return m_idleLock.get(); }
+
+    // --- A session Tessarine cannot lock itself (Wayland) --------------------------------------
+    // From now on every lock is handed to the desktop's lock screen (see DesktopLocker); said
+    // once on stderr and in the tray.
+    void handLocksToDesktop(DesktopLocker& locker);
+    bool locksHandedToDesktop() const { return m_desktopLocker != nullptr; }
+    // Whether the desktop's lock screen answered the last lock handed to it.
+    bool desktopLockAnswered() const { return m_desktopLockAnswered; }
+    static constexpr const char* handedToDesktopLine =
+        "this is a Wayland session, which an X11 program cannot lock: each lock is handed to the "
+        "desktop's lock screen";
+    static constexpr const char* desktopDidNotLockLine =
+        "the desktop's lock screen did not answer: the screen is not locked";
     ScreenSaverService* screenSaverService() const { return m_screenSaver; }
 
     // --- Display power --------------------------------------------------------------------
@@ -264,6 +278,7 @@ public:
 private:
     void checkForBattery();
     void makeIdleLock();
+    void handLockToDesktop();
     void makeLockScreenParts();
     void loadSettings();
     void showChosenLockImage();
@@ -315,6 +330,8 @@ private:
     WindowController* m_windowController = nullptr;
     ScriptingInterface* m_scripting = nullptr;
     ScreenSaverService* m_screenSaver = nullptr;
+    DesktopLocker* m_desktopLocker = nullptr;
+    bool m_desktopLockAnswered = false;
 
     TimerSlot m_swingCall;
     double m_lastRotation = 0;

@@ -65,6 +65,10 @@
 
 void AppDelegate::lock()
 {
+    if (m_desktopLocker) {
+        handLockToDesktop();
+        return;
+    }
     const bool starting = !isLockActive();
     if (starting) {
         // Every lock starts with every key taken.

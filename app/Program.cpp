@@ -4,6 +4,7 @@
 #include "app/Diagnostics.h"
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
+#include "platform/DesktopLocker.h"
 #include "platform/GuardProcess.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
@@ -90,8 +91,12 @@ extern "C" int tessarine_run_program(int argc, char** argv)
         Log::line(QStringLiteral("the session bus cannot be reached: no remote lock requests"));
         break;
     }
-    // On a desktop without a screen saver of its own, Tessarine is it.
-    delegate.screenSaverService()->claim(QDBusConnection::sessionBus());
+    SessionDesktopLocker desktopLocker(platform.system);
+    const bool wayland = DesktopLocker::isWaylandSession();
+    // On a desktop without a screen saver of its own, Tessarine is it; not in a Wayland session,
+    // where it cannot lock.
+    if (!wayland)
+        delegate.screenSaverService()->claim(QDBusConnection::sessionBus());
     std::unique_ptr<Diagnostics> counts;
     if (diagnostics) {
         counts = std::make_unique<Diagnostics>();
@@ -102,6 +107,11 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);
     watchScreens(app, delegate);
     delegate.awakeFromNib();
+    if (wayland) {
+        // The desktop's lock screen follows the session's Lock signal itself.
+        platform.system.ignoreSessionLock();
+        delegate.handLocksToDesktop(desktopLocker);
+    }
     // Without a tray the program would run unseen: said once. Qt shows the icon by itself when
     // a tray starts later.
     if (!QSystemTrayIcon::isSystemTrayAvailable())

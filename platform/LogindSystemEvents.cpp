@@ -66,7 +66,30 @@ void LogindSystemEvents::setLockedHint(bool locked)
 
 void LogindSystemEvents::sessionLock()
 {
-    emit lockRequested();
+    if (!m_ignoreSessionLock)
+        emit lockRequested();
+}
+
+bool LogindSystemEvents::lockSession()
+{
+    if (!m_available || m_session.isEmpty())
+        return false;
+    QDBusConnection system = QDBusConnection::systemBus();
+    QString id = QString::fromLocal8Bit(qgetenv("XDG_SESSION_ID"));
+    if (id.isEmpty()) {
+        QDBusMessage get = QDBusMessage::createMethodCall(
+            logind, m_session, QStringLiteral("org.freedesktop.DBus.Properties"),
+            QStringLiteral("Get"));
+        get << sessionInterface << QStringLiteral("Id");
+        const QDBusReply<QDBusVariant> reply = system.call(get, QDBus::Block, 2000);
+        if (!reply.isValid())
+            return false;
+        id = reply.value().variant().toString();
+    }
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(logind, logindPath, manager, QStringLiteral("LockSession"));
+    call << id;
+    return system.call(call, QDBus::Block, 2000).type() == QDBusMessage::ReplyMessage;
 }
 
 bool LogindSystemEvents::holdSleepDelay()

@@ -21,6 +21,9 @@ public:
     bool holdsSleepDelay() const override { return m_inhibitor.isValid(); }
     void setLockedHint(bool locked) override;
     bool idleInhibited() const override;
+    bool lockSession() override;
+    // Stops following the session's Lock signal: the desktop's lock screen answers it.
+    void ignoreSessionLock() { m_ignoreSessionLock = true; }
 
 private slots:
     void prepareForSleep(bool sleeping);
@@ -32,6 +35,7 @@ private:
     QString findSession() const;
 
     bool m_available = false;
+    bool m_ignoreSessionLock = false;
     QString m_session;
     QDBusUnixFileDescriptor m_inhibitor;
 };

@@ -17,6 +17,9 @@ public:
     virtual void setLockedHint(bool) {}
     // Whether a program holds the login manager's "idle" inhibitor (systemd-inhibit --what=idle).
     virtual bool idleInhibited() const { return false; }
+    // Asks the login manager to lock this session (`loginctl lock-session`); false when it
+    // cannot be asked or refuses.
+    virtual bool lockSession() { return false; }
 
 signals:
     void willSleep();

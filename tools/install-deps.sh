@@ -14,7 +14,7 @@ packages=(
     xvfb xauth xdotool x11-utils x11-xserver-utils x11-xkb-utils imagemagick
     dbus-daemon dbus-x11 openbox trayer xcompmgr
     scdoc groff-base dpkg-dev file desktop-file-utils appstream xss-lock systemd
-    mpv mpv-mpris playerctl sox python3-dbus
+    mpv mpv-mpris playerctl sox python3-dbus python3-gi
     "$@"
 )
 

@@ -40,11 +40,17 @@ std::chrono::milliseconds IdleLock::limit() const
     return minutes * minuteLength();
 }
 
+void IdleLock::disable()
+{
+    m_disabled = true;
+    m_deadline.invalidate();
+}
+
 void IdleLock::reconsider()
 {
     m_deadline.invalidate();
     // While locked there is nothing to do; the end of the lock calls again.
-    if (!m_preferences.lockWhenIdle || m_isLocked())
+    if (m_disabled || !m_preferences.lockWhenIdle || m_isLocked())
         return;
     const auto idle = std::chrono::milliseconds(m_idle.sinceInput());
     if (idle < limit()) {

@@ -26,6 +26,9 @@ public:
              Condition isLocked);
 
     void addHoldBack(Condition heldBack);
+    // For good: where the server's idle time does not see the user's input (a Wayland session,
+    // whose native windows' keys XWayland never hears), nothing would be measured.
+    void disable();
     // The setting changed, a lock ended, or a hold-back ended: the timer is set anew (or locks at
     // once when the limit has passed and nothing holds it back).
     void reconsider();
@@ -45,4 +48,5 @@ private:
     Condition m_isLocked;
     std::vector<Condition> m_holdBacks;
     TimerSlot m_deadline;
+    bool m_disabled = false;
 };

@@ -45,6 +45,14 @@ void ScriptingInterface::setLock(int value)
 void ScriptingInterface::lockScreen(const QDBusConnection& bus, const QDBusMessage& call)
 {
     m_delegate.lockAppleScript();
+    if (m_delegate.locksHandedToDesktop()) {
+        bus.send(
+            m_delegate.desktopLockAnswered()
+                ? call.createReply()
+                : call.createErrorReply(QString::fromLatin1(inputHeldElsewhereError),
+                                        QString::fromLatin1(AppDelegate::desktopDidNotLockLine)));
+        return;
+    }
     // Nobody is told that the screen is locked while another program still holds the keyboard
     // or the pointer: the answer waits for the grabs, or for the retries to give up.
     call.setDelayedReply(true);

@@ -15,7 +15,8 @@ desktop_start() {
     chmod 700 "$RIG_DIR/runtime"
     export HOME=$RIG_DIR/home XDG_CONFIG_HOME=$RIG_DIR/config XDG_DATA_HOME=$RIG_DIR/data
     export XDG_CACHE_HOME=$RIG_DIR/cache XDG_RUNTIME_DIR=$RIG_DIR/runtime
-    unset SESSION_MANAGER DESKTOP_STARTUP_ID
+    # An X11 desktop of its own, whatever session the tests were started from.
+    unset SESSION_MANAGER DESKTOP_STARTUP_ID WAYLAND_DISPLAY XDG_SESSION_TYPE
     trap desktop_stop EXIT
 
     # Rigs that start side by side take turns choosing a display, and stay clear of the low

@@ -9,7 +9,8 @@
 // at that moment, -1 when unreadable) and "after MS" (milliseconds since the last
 // PrepareForSleep(true), or -1); "session" when a caller asked for its session; "lockedhint
 // true|false" when the session's LockedHint was set. The manager's BlockInhibited property lists
-// "idle" while a caller holds an idle inhibitor.
+// "idle" while a caller holds an idle inhibitor. LockSession prints "locksession ID" and sends the
+// session's Lock, as `loginctl lock-session` does.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
@@ -132,11 +133,19 @@ public slots:
         std::fflush(stdout);
     }
 
+    void LockSession(const QString& id)
+    {
+        std::printf("locksession %s\n", qPrintable(id));
+        std::fflush(stdout);
+        emit sessionLockAsked();
+    }
+
     QDBusObjectPath GetSession(const QString&) { return session(); }
     QDBusObjectPath GetSessionByPID(uint) { return session(); }
 
 signals:
     void PrepareForSleep(bool start);
+    void sessionLockAsked();
 
 public:
     static constexpr const char* sessionPath = "/org/freedesktop/login1/session/rig";
@@ -163,6 +172,10 @@ class Session : public QObject
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Session")
+    Q_PROPERTY(QString Id READ id)
+public:
+    QString id() const { return QStringLiteral("rig"); }
+
 public slots:
     // Lockers report whether the user is idle and whether the screen is locked; nothing here
     // depends on it.
@@ -196,6 +209,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "fake_logind: cannot take the name\n");
         return 1;
     }
+    QObject::connect(&manager, &Manager::sessionLockAsked, &session, &Session::lock);
     std::printf("ready\n");
     std::fflush(stdout);
     auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
