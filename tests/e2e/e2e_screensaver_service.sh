@@ -137,15 +137,30 @@ kill "$monitor"
 # A desktop that has its own screen saver keeps it: Tessarine leaves the name alone, says so,
 # and still locks.
 stop_tessarine
-/usr/bin/python3 - >"$RIG_DIR/owner.txt" <<'PY' &
-import dbus, time
+name_free() { ! busctl --user status $name >/dev/null 2>&1; }
+wait_until 3 name_free || fail "the name stayed taken after Tessarine ended"
+/usr/bin/python3 - "$RIG_DIR/announce" >"$RIG_DIR/owner.txt" <<'PY' &
+import dbus, dbus.service, dbus.mainloop.glib, os, sys, time
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 bus = dbus.SessionBus()
 reply = bus.request_name("org.freedesktop.ScreenSaver", dbus.bus.NAME_FLAG_DO_NOT_QUEUE)
 print("owner", bus.get_unique_name(), reply, flush=True)
+class Saver(dbus.service.Object):
+    @dbus.service.signal("org.freedesktop.ScreenSaver", signature="b")
+    def ActiveChanged(self, active):
+        pass
+saver = Saver(bus, "/org/freedesktop/ScreenSaver")
+# Says that a locker came up when the test asks.
+while not os.path.exists(sys.argv[1]):
+    time.sleep(0.05)
+saver.ActiveChanged(True)
+bus.flush()
+print("announced", flush=True)
 time.sleep(60)
 PY
 owner=$!
-wait_until 5 grep -q '^owner' "$RIG_DIR/owner.txt" || fail "the other program did not take the name"
+wait_until 5 grep -q '^owner .* 1$' "$RIG_DIR/owner.txt" ||
+    fail "the other program did not take the name: $(cat "$RIG_DIR/owner.txt")"
 owner_name=$(awk '{print $2}' "$RIG_DIR/owner.txt")
 start_tessarine
 wait_until 10 tray_icon_embedded || fail "no tray icon with the name taken"
@@ -154,6 +169,13 @@ wait_until 3 grep -q "screen-saver service (org.freedesktop.ScreenSaver) is anot
 [ "$(busctl --user status $name 2>/dev/null | awk -F= '/^UniqueName=/ {print $2}')" = "$owner_name" ] ||
     fail "the name changed hands"
 "$TESSARINE" lock || fail "tessarine lock failed with the name taken"
+# The name's owner says another locker came up: written to the log, and the lock stays.
+touch "$RIG_DIR/announce"
+wait_until 3 grep -q announced "$RIG_DIR/owner.txt" || fail "the owner did not announce"
+wait_until 3 grep -q "Another screen locker says it came up" "$RIG_DIR/tessarine.log" ||
+    fail "the owner's announcement was not written to the log"
+sleep 0.3
+keyboard_grabbed_by_other || fail "the owner's announcement ended the lock"
 unlock_with_password "with the name taken"
 kill "$owner"
 echo PASS
