@@ -126,7 +126,13 @@ read -r _ granted _ refused <"$RIG_DIR/flood.txt"
 kill -0 "$TESSARINE_PID" || fail "the flood ended the program"
 after=$(rss)
 echo "resident before the flood: $before kB, after: $after kB"
-[ $((after - before)) -lt 30000 ] || fail "memory grew by $((after - before)) kB"
+# Under the sanitizers freed memory waits in a quarantine of 256 MB first, so the bound is held
+# in the plain build only (the sanitizer run's leak check covers what is never freed).
+if [ "${TESSARINE_SANITIZED:-0}" = 1 ]; then
+    echo "memory bound not checked under the sanitizers"
+else
+    [ $((after - before)) -lt 30000 ] || fail "memory grew by $((after - before)) kB"
+fi
 # Every flooding caller has left: nothing holds the idle lock back (the next test shows it) and
 # a lock still works.
 "$TESSARINE" lock || fail "tessarine lock failed after the flood"

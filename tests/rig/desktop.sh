@@ -103,7 +103,7 @@ start_tessarine() {
 guards_of_rig() {
     local pid
     for pid in $(pgrep -x tessarine-guard); do
-        tr '\0' '\n' <"/proc/$pid/environ" 2>/dev/null | grep -qx "HOME=$RIG_DIR/home" &&
+        tr '\0' '\n' 2>/dev/null <"/proc/$pid/environ" | grep -qx "HOME=$RIG_DIR/home" &&
             echo "$pid"
     done
     return 0
