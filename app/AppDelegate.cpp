@@ -296,7 +296,7 @@ void AppDelegate::makeIdleLock()
                                            &QtXcb::windowExists, this);
     m_idleLock = std::make_unique<IdleLock>(
         m_platform.scheduler, m_platform.idle, m_preferences, [this] { lock(); },
-        [this] { return isLockActive(); });
+        [this] { return isLockStanding(); });
     m_idleLock->addHoldBack([this] { return m_screenSaver->heldBack(); });
     m_idleLock->addHoldBack([this] { return m_platform.system.idleInhibited(); });
     // Queued: the last inhibitor can end while the idle lock itself is asking.

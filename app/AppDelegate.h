@@ -80,6 +80,8 @@ public:
     // See LockSession::whenInputHeld.
     void whenInputHeld(std::function<void(bool)> callback);
     bool isLockActive() const;
+    // Active and not yet ended by the password (the closing movement may still run).
+    bool isLockStanding() const;
     bool getLocked() const;
     // Whether the X server says the lock holds both keyboard and pointer.
     bool holdsInput() const;

@@ -89,9 +89,10 @@ void AppDelegate::lock()
 
 void AppDelegate::unlock()
 {
-    const bool wasActive = isLockActive();
+    // The password ends the lock here; its closing movement may go on for a moment.
+    const bool ending = isLockActive() && !m_session->isClosing();
     m_session->unlock();
-    if (wasActive && !isLockActive()) {
+    if (ending) {
         m_platform.system.setLockedHint(false);
         m_screenSaver->activeChanged(false);
         m_idleLock->reconsider();
@@ -141,6 +142,11 @@ void AppDelegate::animateWasActive()
 bool AppDelegate::isLockActive() const
 {
     return m_session && m_session->isLockActive();
+}
+
+bool AppDelegate::isLockStanding() const
+{
+    return isLockActive() && !m_session->isClosing();
 }
 
 bool AppDelegate::getLocked() const

@@ -84,12 +84,12 @@ void ScreenSaverService::Lock()
 
 bool ScreenSaverService::GetActive()
 {
-    return m_delegate.isLockActive();
+    return m_delegate.isLockStanding();
 }
 
 uint ScreenSaverService::GetActiveTime()
 {
-    if (!m_delegate.isLockActive() || m_activeSince < 0)
+    if (!m_delegate.isLockStanding() || m_activeSince < 0)
         return 0;
     return uint(std::max(0.0, m_clock.absoluteSeconds() - m_activeSince));
 }
@@ -98,10 +98,10 @@ bool ScreenSaverService::SetActive(bool active)
 {
     if (active) {
         m_delegate.lock();
-        return m_delegate.isLockActive();
+        return m_delegate.isLockStanding();
     }
     // Only the password ends a lock.
-    return !m_delegate.isLockActive();
+    return !m_delegate.isLockStanding();
 }
 
 uint ScreenSaverService::GetSessionIdleTime()

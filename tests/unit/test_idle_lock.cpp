@@ -1,5 +1,6 @@
 #include "StartedProgram.h"
 
+#include "app/LockSession.h"
 #include "triggers/IdleLock.h"
 #include "triggers/ScreenSaverService.h"
 
@@ -62,6 +63,32 @@ private slots:
         unlock(program);
         QVERIFY(program.delegate->idleLock()->isWaiting());
         QVERIFY(!program.delegate->isLockActive());
+    }
+
+    void thePasswordEndsTheLockForEveryoneWhileTheWindowStillSlidesAway()
+    {
+        TestLibrary library;
+        // The default closing: the window slides away for a moment after the password.
+        library.configure(QStringLiteral("<key>lockWhenIdle</key><true/>"
+                                         "<key>startAnimation</key><integer>0</integer>"
+                                         "<key>closeAnimation</key><integer>3</integer>"));
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        program.scheduler.advance(1s);
+        QVERIFY(program.delegate->isLockActive());
+        program.idle.ms = 0;
+        program.delegate->unlock();
+        QVERIFY(program.delegate->isLockActive()); // still sliding
+        QCOMPARE(program.system.lockedHints.last(), false);
+        QVERIFY(!program.delegate->screenSaverService()->GetActive());
+        QVERIFY(program.delegate->idleLock()->isWaiting());
+        // A second call while it slides changes nothing.
+        const auto hints = program.system.lockedHints.size();
+        program.delegate->unlock();
+        QCOMPARE(program.system.lockedHints.size(), hints);
+        program.scheduler.advance(2s);
+        QVERIFY(!program.delegate->isLockActive());
+        QVERIFY(program.delegate->idleLock()->isWaiting());
     }
 
     void anInhibitorHoldsItBackUntilItEnds()
