@@ -1,0 +1,366 @@
+#include "platform/wayland/WaylandSessionLock.h"
+
+#include "ext-session-lock-v1-client-protocol.h"
+
+#include <QSocketNotifier>
+
+#include <wayland-client.h>
+#include <xkbcommon/xkbcommon.h>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+struct Output
+{
+    WaylandSessionLock::Painter* painter = nullptr;
+    wl_shm* shm = nullptr;
+    uint32_t name = 0;
+    wl_output* output = nullptr;
+    wl_surface* surface = nullptr;
+    ext_session_lock_surface_v1* lockSurface = nullptr;
+    QSize size;
+
+    ~Output()
+    {
+        if (lockSurface)
+            ext_session_lock_surface_v1_destroy(lockSurface);
+        if (surface)
+            wl_surface_destroy(surface);
+        if (output)
+            wl_output_release(output);
+    }
+};
+
+void bufferRelease(void*, wl_buffer* buffer)
+{
+    wl_buffer_destroy(buffer);
+}
+const wl_buffer_listener bufferListener{bufferRelease};
+
+// The picture in a shared-memory buffer of the compositor's format (XRGB8888 is QImage's RGB32
+// on a little-endian machine).
+wl_buffer* bufferOf(wl_shm* shm, const QImage& picture)
+{
+    const QImage image = picture.convertToFormat(QImage::Format_RGB32);
+    const int stride = image.width() * 4;
+    const size_t size = size_t(stride) * size_t(image.height());
+    const int fd = memfd_create("tessarine-lock", MFD_CLOEXEC);
+    if (fd < 0 || ftruncate(fd, off_t(size)) != 0) {
+        if (fd >= 0)
+            close(fd);
+        return nullptr;
+    }
+    void* pixels = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    if (pixels == MAP_FAILED) {
+        close(fd);
+        return nullptr;
+    }
+    for (int y = 0; y < image.height(); ++y)
+        std::memcpy(static_cast<char*>(pixels) + size_t(y) * size_t(stride), image.constScanLine(y),
+                    size_t(stride));
+    munmap(pixels, size);
+    wl_shm_pool* pool = wl_shm_create_pool(shm, fd, int32_t(size));
+    wl_buffer* buffer = wl_shm_pool_create_buffer(pool, 0, image.width(), image.height(), stride,
+                                                  WL_SHM_FORMAT_XRGB8888);
+    wl_shm_pool_destroy(pool);
+    close(fd);
+    wl_buffer_add_listener(buffer, &bufferListener, nullptr);
+    return buffer;
+}
+
+void paint(Output& output)
+{
+    if (!output.surface || output.size.isEmpty() || !output.painter || !*output.painter)
+        return;
+    // A lock surface without a buffer gets no keys: something is always shown.
+    QImage picture = (*output.painter)(output.size);
+    if (picture.size() != output.size) {
+        picture = QImage(output.size, QImage::Format_RGB32);
+        picture.fill(Qt::black);
+    }
+    wl_buffer* buffer = bufferOf(output.shm, picture);
+    if (!buffer)
+        return;
+    wl_surface_attach(output.surface, buffer, 0, 0);
+    wl_surface_damage_buffer(output.surface, 0, 0, INT32_MAX, INT32_MAX);
+    wl_surface_commit(output.surface);
+}
+
+void lockSurfaceConfigure(void* data, ext_session_lock_surface_v1* surface, uint32_t serial,
+                          uint32_t width, uint32_t height)
+{
+    auto* output = static_cast<Output*>(data);
+    output->size = QSize(int(width), int(height));
+    ext_session_lock_surface_v1_ack_configure(surface, serial);
+    paint(*output);
+}
+const ext_session_lock_surface_v1_listener lockSurfaceListener{lockSurfaceConfigure};
+
+} // namespace
+
+struct WaylandSessionLock::State
+{
+    WaylandSessionLock* owner = nullptr;
+    wl_display* display = nullptr;
+    wl_registry* registry = nullptr;
+    wl_compositor* compositor = nullptr;
+    wl_shm* shm = nullptr;
+    wl_seat* seat = nullptr;
+    wl_keyboard* keyboard = nullptr;
+    ext_session_lock_manager_v1* manager = nullptr;
+    ext_session_lock_v1* lock = nullptr;
+    bool locked = false;
+    std::vector<std::unique_ptr<Output>> outputs;
+    Painter painter;
+    std::unique_ptr<QSocketNotifier> notifier;
+    xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
+    xkb_keymap* keymap = nullptr;
+    xkb_state* keys = nullptr;
+
+    ~State()
+    {
+        notifier.reset();
+        outputs.clear();
+        if (keyboard)
+            wl_keyboard_release(keyboard);
+        if (display)
+            wl_display_disconnect(display);
+        xkb_state_unref(keys);
+        xkb_keymap_unref(keymap);
+        xkb_context_unref(xkb);
+    }
+
+    void addLockSurface(Output& output)
+    {
+        if (!lock || output.lockSurface)
+            return;
+        output.surface = wl_compositor_create_surface(compositor);
+        output.lockSurface =
+            ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
+        ext_session_lock_surface_v1_add_listener(output.lockSurface, &lockSurfaceListener, &output);
+    }
+
+    void dispatch()
+    {
+        while (wl_display_prepare_read(display) != 0)
+            wl_display_dispatch_pending(display);
+        wl_display_read_events(display);
+        wl_display_dispatch_pending(display);
+        wl_display_flush(display);
+        if (wl_display_get_error(display) != 0) {
+            // The compositor went away, or took offence: the lock is no longer ours to keep.
+            notifier.reset();
+            emit owner->finished();
+        }
+    }
+
+    // --- listeners ----------------------------------------------------------------------------
+    static void global(void* data, wl_registry* registry, uint32_t name, const char* interface,
+                       uint32_t version)
+    {
+        auto* s = static_cast<State*>(data);
+        if (std::strcmp(interface, wl_compositor_interface.name) == 0) {
+            s->compositor = static_cast<wl_compositor*>(
+                wl_registry_bind(registry, name, &wl_compositor_interface, std::min(version, 4u)));
+        } else if (std::strcmp(interface, wl_shm_interface.name) == 0) {
+            s->shm = static_cast<wl_shm*>(wl_registry_bind(registry, name, &wl_shm_interface, 1));
+        } else if (std::strcmp(interface, wl_seat_interface.name) == 0 && !s->seat) {
+            s->seat = static_cast<wl_seat*>(
+                wl_registry_bind(registry, name, &wl_seat_interface, std::min(version, 5u)));
+            wl_seat_add_listener(s->seat, &seatListener, s);
+        } else if (std::strcmp(interface, wl_output_interface.name) == 0) {
+            auto output = std::make_unique<Output>();
+            output->painter = &s->painter;
+            output->shm = s->shm;
+            output->name = name;
+            output->output = static_cast<wl_output*>(
+                wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 3u)));
+            // An output that comes while locked is covered before it shows anything.
+            s->addLockSurface(*output);
+            s->outputs.push_back(std::move(output));
+        } else if (std::strcmp(interface, ext_session_lock_manager_v1_interface.name) == 0) {
+            s->manager = static_cast<ext_session_lock_manager_v1*>(
+                wl_registry_bind(registry, name, &ext_session_lock_manager_v1_interface, 1));
+        }
+    }
+    static void globalRemove(void* data, wl_registry*, uint32_t name)
+    {
+        auto* s = static_cast<State*>(data);
+        std::erase_if(s->outputs, [name](const auto& output) { return output->name == name; });
+    }
+    static constexpr wl_registry_listener registryListener{global, globalRemove};
+
+    static void lockLocked(void* data, ext_session_lock_v1*)
+    {
+        auto* s = static_cast<State*>(data);
+        s->locked = true;
+        emit s->owner->locked();
+    }
+    static void lockFinished(void* data, ext_session_lock_v1*)
+    {
+        auto* s = static_cast<State*>(data);
+        // The protocol asks for the object to be destroyed, never unlocked, after finished.
+        if (s->lock)
+            ext_session_lock_v1_destroy(s->lock);
+        s->lock = nullptr;
+        s->locked = false;
+        emit s->owner->finished();
+    }
+    static constexpr ext_session_lock_v1_listener lockListener{lockLocked, lockFinished};
+
+    static void seatCapabilities(void* data, wl_seat* seat, uint32_t capabilities)
+    {
+        auto* s = static_cast<State*>(data);
+        const bool keyboard = capabilities & WL_SEAT_CAPABILITY_KEYBOARD;
+        if (keyboard && !s->keyboard) {
+            s->keyboard = wl_seat_get_keyboard(seat);
+            wl_keyboard_add_listener(s->keyboard, &keyboardListener, s);
+        } else if (!keyboard && s->keyboard) {
+            wl_keyboard_release(s->keyboard);
+            s->keyboard = nullptr;
+        }
+    }
+    static void seatName(void*, wl_seat*, const char*) {}
+    static constexpr wl_seat_listener seatListener{seatCapabilities, seatName};
+
+    static void keymapReceived(void* data, wl_keyboard*, uint32_t format, int32_t fd, uint32_t size)
+    {
+        auto* s = static_cast<State*>(data);
+        if (format != WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1) {
+            close(fd);
+            return;
+        }
+        void* text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+        close(fd);
+        if (text == MAP_FAILED)
+            return;
+        xkb_keymap* keymap =
+            xkb_keymap_new_from_string(s->xkb, static_cast<const char*>(text),
+                                       XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS);
+        munmap(text, size);
+        if (!keymap)
+            return;
+        xkb_state_unref(s->keys);
+        xkb_keymap_unref(s->keymap);
+        s->keymap = keymap;
+        s->keys = xkb_state_new(keymap);
+    }
+    static void enter(void*, wl_keyboard*, uint32_t, wl_surface*, wl_array*) {}
+    static void leave(void*, wl_keyboard*, uint32_t, wl_surface*) {}
+    static void key(void* data, wl_keyboard*, uint32_t, uint32_t, uint32_t key, uint32_t state)
+    {
+        auto* s = static_cast<State*>(data);
+        if (!s->keys || state != WL_KEYBOARD_KEY_STATE_PRESSED)
+            return;
+        // Evdev codes are X key codes less 8.
+        const xkb_keycode_t code = key + 8;
+        char text[16] = {};
+        xkb_state_key_get_utf8(s->keys, code, text, sizeof(text));
+        emit s->owner->keyPressed(QString::fromUtf8(text),
+                                  quint32(xkb_state_key_get_one_sym(s->keys, code)));
+    }
+    static void modifiers(void* data, wl_keyboard*, uint32_t, uint32_t depressed, uint32_t latched,
+                          uint32_t locked, uint32_t group)
+    {
+        auto* s = static_cast<State*>(data);
+        if (s->keys)
+            xkb_state_update_mask(s->keys, depressed, latched, locked, 0, 0, group);
+    }
+    static void repeatInfo(void*, wl_keyboard*, int32_t, int32_t) {}
+    static constexpr wl_keyboard_listener keyboardListener{keymapReceived, enter,     leave, key,
+                                                           modifiers,      repeatInfo};
+};
+
+WaylandSessionLock::WaylandSessionLock(QObject* parent)
+    : QObject(parent), m(std::make_unique<State>())
+{
+    m->owner = this;
+}
+
+WaylandSessionLock::~WaylandSessionLock() = default;
+
+bool WaylandSessionLock::connectToCompositor()
+{
+    if (m->display)
+        return m->manager != nullptr;
+    m->display = wl_display_connect(nullptr);
+    if (!m->display)
+        return false;
+    m->registry = wl_display_get_registry(m->display);
+    wl_registry_add_listener(m->registry, &State::registryListener, m.get());
+    wl_display_roundtrip(m->display);
+    // The outputs' shared memory is known only once every global has been seen.
+    for (auto& output : m->outputs)
+        output->shm = m->shm;
+    if (!m->manager || !m->compositor || !m->shm)
+        return false;
+    m->notifier =
+        std::make_unique<QSocketNotifier>(wl_display_get_fd(m->display), QSocketNotifier::Read);
+    QObject::connect(m->notifier.get(), &QSocketNotifier::activated, this,
+                     [this] { m->dispatch(); });
+    return true;
+}
+
+bool WaylandSessionLock::isConnected() const
+{
+    return m->manager != nullptr && m->notifier != nullptr;
+}
+
+void WaylandSessionLock::setPainter(Painter painter)
+{
+    m->painter = std::move(painter);
+}
+
+void WaylandSessionLock::lock()
+{
+    if (!isConnected() || m->lock)
+        return;
+    m->lock = ext_session_lock_manager_v1_lock(m->manager);
+    ext_session_lock_v1_add_listener(m->lock, &State::lockListener, m.get());
+    for (auto& output : m->outputs)
+        m->addLockSurface(*output);
+    wl_display_flush(m->display);
+}
+
+void WaylandSessionLock::unlock()
+{
+    if (!m->lock || !m->locked)
+        return;
+    // The session first, then the surfaces: the other way round, each output would go blank
+    // for a moment.
+    ext_session_lock_v1_unlock_and_destroy(m->lock);
+    m->lock = nullptr;
+    m->locked = false;
+    for (auto& output : m->outputs) {
+        if (output->lockSurface)
+            ext_session_lock_surface_v1_destroy(output->lockSurface);
+        output->lockSurface = nullptr;
+        if (output->surface)
+            wl_surface_destroy(output->surface);
+        output->surface = nullptr;
+    }
+    wl_display_roundtrip(m->display);
+}
+
+bool WaylandSessionLock::isLocked() const
+{
+    return m->locked;
+}
+
+void WaylandSessionLock::repaint()
+{
+    for (auto& output : m->outputs)
+        paint(*output);
+    if (m->display)
+        wl_display_flush(m->display);
+}
+
+int WaylandSessionLock::outputCount() const
+{
+    return int(m->outputs.size());
+}
