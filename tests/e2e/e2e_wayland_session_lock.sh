@@ -1,0 +1,52 @@
+# A lock through a real compositor's session-lock protocol, on sway or labwc run headless from
+# the trixie tree (tools/wayland-chroot.sh): every output covered with the lock's picture (sway:
+# one added while locked too), a wrong word leaves it locked, the password unlocks; killed while
+# locked, the compositor keeps the session locked and a new lock client takes it over.
+#   e2e_wayland_session_lock.sh sway|labwc
+set -u
+compositor=$1
+source "$TESTS_DIR/rig/wayland.sh"
+fail() { echo "FAIL: $*" >&2; exit 1; }
+RIG_DIR=$(mktemp -d)
+compositor_start "$compositor" || fail "$compositor did not start"
+covered_with() { # COLOUR: every output shows it
+    local output
+    for output in $(compositor_outputs); do
+        [ "$(output_colour "$output")" = "$1" ] || return 1
+    done
+}
+lock_probe() { # COLOUR
+    "$WAYLAND_LOCK_PROBE" "$1" >"$RIG_DIR/probe.txt" 2>&1 &
+    PROBE_PID=$!
+}
+green='srgb(32,192,96)'
+blue='srgb(32,32,192)'
+
+lock_probe '#20c060'
+for ((i = 0; i < 50; i++)); do covered_with "$green" && break; sleep 0.1; done
+covered_with "$green" || fail "not every output shows the lock: $(grep -c . "$RIG_DIR/probe.txt")"
+if [ "$compositor" = sway ]; then
+    in_chroot swaymsg create_output >/dev/null || fail "no output could be added"
+    sleep 0.5
+    covered_with "$green" || fail "an output added while locked is not covered"
+fi
+wayland_type nope
+sleep 0.5
+covered_with "$green" || fail "a wrong word unlocked"
+wayland_type pass
+wait "$PROBE_PID" || fail "the probe did not unlock"
+covered_with "$green" && fail "the password did not give the outputs back"
+
+# Killed while locked: the compositor keeps the session locked; a new client takes it over.
+lock_probe '#c02060'
+sleep 1
+kill -KILL "$PROBE_PID"
+wait "$PROBE_PID" 2>/dev/null
+sleep 0.3
+covered_with 'srgb(192,32,96)' && fail "the dead client's picture is still shown"
+lock_probe '#2020c0'
+for ((i = 0; i < 50; i++)); do covered_with "$blue" && break; sleep 0.1; done
+covered_with "$blue" || fail "a new lock client could not take the lock over"
+wayland_type pass
+wait "$PROBE_PID" || fail "the password did not unlock the taken-over lock"
+echo PASS

@@ -1,0 +1,76 @@
+# Real Wayland compositors, run headless from the trixie tree of tools/wayland-chroot.sh: sway
+# or labwc with two outputs, reachable from the host through its socket. Source this file, call
+# compositor_start sway|labwc, and compositor_stop (or let the EXIT trap do it).
+
+WAYLAND_CHROOT=${TESSARINE_WAYLAND_CHROOT:-/var/cache/tessarine/trixie}
+COMPOSITOR_PID=
+COMPOSITOR_MOUNTS=()
+
+# in_chroot COMMAND...: a command of the tree's, talking to the running compositor.
+in_chroot() {
+    local sway_socket
+    sway_socket=$(ls "$WAYLAND_CHROOT"/run/xdg/sway-ipc.*.sock 2>/dev/null | head -n1)
+    chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg \
+        WAYLAND_DISPLAY="$COMPOSITOR_SOCKET" SWAYSOCK="${sway_socket#"$WAYLAND_CHROOT"}" "$@"
+}
+
+compositor_start() {
+    local which=$1 mount
+    for mount in proc dev sys; do
+        mount --bind "/$mount" "$WAYLAND_CHROOT/$mount" || return 1
+        COMPOSITOR_MOUNTS+=("$WAYLAND_CHROOT/$mount")
+    done
+    rm -rf "$WAYLAND_CHROOT/run/xdg"
+    mkdir -p -m 700 "$WAYLAND_CHROOT/run/xdg"
+    local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg
+        WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2)
+    case $which in
+    sway)
+        printf 'output * bg #ff00ff solid_color\n' >"$WAYLAND_CHROOT/root/sway.cfg"
+        chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c /root/sway.cfg \
+            >"${RIG_DIR:-/tmp}/sway.log" 2>&1 &
+        COMPOSITOR_SOCKET=wayland-1
+        ;;
+    labwc)
+        chroot "$WAYLAND_CHROOT" "${environment[@]}" labwc >"${RIG_DIR:-/tmp}/labwc.log" 2>&1 &
+        COMPOSITOR_SOCKET=wayland-0
+        ;;
+    esac
+    COMPOSITOR_PID=$!
+    trap compositor_stop EXIT
+    export XDG_RUNTIME_DIR=$WAYLAND_CHROOT/run/xdg WAYLAND_DISPLAY=$COMPOSITOR_SOCKET
+    local tries
+    for ((tries = 0; tries < 100; tries++)); do
+        [ -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY" ] && return 0
+        sleep 0.05
+    done
+    return 1
+}
+
+compositor_stop() {
+    [ -n "$COMPOSITOR_PID" ] && kill "$COMPOSITOR_PID" 2>/dev/null && wait "$COMPOSITOR_PID" 2>/dev/null
+    COMPOSITOR_PID=
+    local mount
+    for mount in "${COMPOSITOR_MOUNTS[@]}"; do umount "$mount" 2>/dev/null || true; done
+    COMPOSITOR_MOUNTS=()
+}
+
+# output_colour OUTPUT: the colour of a point of that output, as srgb(R,G,B).
+output_colour() {
+    in_chroot grim -o "$1" /tmp/output.png &&
+        convert "$WAYLAND_CHROOT/tmp/output.png" -format '%[pixel:p{20,20}]' info:
+}
+
+# The names of the compositor's outputs, one a line, from grim's view of them.
+compositor_outputs() {
+    case $COMPOSITOR_SOCKET in
+    wayland-1) in_chroot swaymsg -t get_outputs -r | grep -o '"name": "[^"]*"' | cut -d'"' -f4 ;;
+    *) printf 'HEADLESS-1\nHEADLESS-2\n' ;;
+    esac
+}
+
+# Types TEXT and Return into whatever holds the keyboard; wtype's first key is lost without a
+# moment for the receiving client to set its keyboard up.
+wayland_type() {
+    in_chroot wtype -s 100 "$1" -k Return
+}
