@@ -28,7 +28,7 @@ SOURCES     = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null || find app setting
 all: build
 
 deps:
-	@tools/install-deps.sh libwayland-dev libwayland-bin wayland-protocols debootstrap
+	@tools/install-deps.sh
 	@# The compositors the Wayland tests lock; the tests say why they are skipped without it.
 	@tools/wayland-chroot.sh || echo "no trixie tree for the Wayland tests (see tools/wayland-chroot.sh)" >&2
 

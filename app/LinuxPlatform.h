@@ -42,8 +42,13 @@ struct LinuxPlatform
 
     PlatformServices services(const QString& libraryFolder)
     {
+        return services(libraryFolder, shield);
+    }
+    // With the shield the program chose: X grabs, or a Wayland compositor's lock.
+    PlatformServices services(const QString& libraryFolder, ScreenShield& lockShield)
+    {
         return PlatformServices{clock,      scheduler,    powerSources,   displays,    dialogs,
-                                shield,     pointer,      motion,         hotKey,      system,
+                                lockShield, pointer,      motion,         hotKey,      system,
                                 brightness, scripts,      desktopPicture, musicPlayer, loginItems,
                                 idle,       libraryFolder};
     }

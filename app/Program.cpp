@@ -6,11 +6,15 @@
 #include "input/KeyListener.h"
 #include "platform/DesktopLocker.h"
 #include "platform/GuardProcess.h"
+#ifdef TESSARINE_WAYLAND
+#include "platform/wayland/WaylandScreenShield.h"
+#endif
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
 #include "platform/Memory.h"
 #include "platform/SessionBus.h"
 #include "settings/PropertyListFile.h"
+#include "triggers/IdleLock.h"
 #include "triggers/ScreenSaverService.h"
 #include "triggers/ScriptingInterface.h"
 
@@ -80,7 +84,19 @@ extern "C" int tessarine_run_program(int argc, char** argv)
             PropertyListFile::removeAbandonedTemporaries(libraryFolder, ::time(nullptr)))
         Log::line(QStringLiteral("removed %1 unfinished temporary settings files").arg(removed));
 
-    AppDelegate delegate(platform.services(libraryFolder));
+    // A Wayland session: locked through the compositor where it offers the session-lock
+    // protocol, else handed to the desktop's lock screen (below).
+    const bool wayland = DesktopLocker::isWaylandSession();
+    ScreenShield* lockShield = &platform.shield;
+#ifdef TESSARINE_WAYLAND
+    WaylandScreenShield compositorShield;
+    if (wayland && compositorShield.connectToCompositor()) {
+        lockShield = &compositorShield;
+        Log::line(QStringLiteral("this Wayland session is locked through its compositor"));
+    }
+#endif
+    const bool handOver = wayland && lockShield == &platform.shield;
+    AppDelegate delegate(platform.services(libraryFolder, *lockShield));
     switch (SessionBus::claim(*delegate.scriptingInterface())) {
     case SessionBus::Claim::Claimed:
         break;
@@ -92,10 +108,9 @@ extern "C" int tessarine_run_program(int argc, char** argv)
         break;
     }
     SessionDesktopLocker desktopLocker(platform.system);
-    const bool wayland = DesktopLocker::isWaylandSession();
     // On a desktop without a screen saver of its own, Tessarine is it; not in a Wayland session,
     // where it cannot lock.
-    if (!wayland)
+    if (!handOver)
         delegate.screenSaverService()->claim(QDBusConnection::sessionBus());
     std::unique_ptr<Diagnostics> counts;
     if (diagnostics) {
@@ -107,7 +122,10 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);
     watchScreens(app, delegate);
     delegate.awakeFromNib();
-    if (wayland) {
+    // The X server's idle time does not see the keys of native Wayland windows.
+    if (wayland)
+        delegate.idleLock()->disable();
+    if (handOver) {
         // The desktop's lock screen follows the session's Lock signal itself.
         platform.system.ignoreSessionLock();
         delegate.handLocksToDesktop(desktopLocker);

@@ -8,7 +8,7 @@ packages=(
     clang libclang-rt-14-dev
     qt6-base-dev qt6-base-private-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins libgl-dev
     libplist-dev libplist++-dev libxcb1-dev libxcb-keysyms1-dev libxcb-xtest0-dev libxcb-dpms0-dev
-    libxcb-screensaver0-dev
+    libxcb-screensaver0-dev libwayland-dev libwayland-bin wayland-protocols debootstrap
     libxcb-randr0-dev libxcb-res0-dev libxkbcommon-dev libxkbcommon-x11-dev libdbus-1-dev
     libglib2.0-dev libglib2.0-bin
     xvfb xauth xdotool x11-utils x11-xserver-utils x11-xkb-utils imagemagick

@@ -261,8 +261,9 @@ struct WaylandSessionLock::State
         const xkb_keycode_t code = key + 8;
         char text[16] = {};
         xkb_state_key_get_utf8(s->keys, code, text, sizeof(text));
-        emit s->owner->keyPressed(QString::fromUtf8(text),
-                                  quint32(xkb_state_key_get_one_sym(s->keys, code)));
+        emit s->owner->keyPressed(
+            QString::fromUtf8(text), quint32(xkb_state_key_get_one_sym(s->keys, code)), code,
+            xkb_state_mod_name_is_active(s->keys, XKB_MOD_NAME_CAPS, XKB_STATE_MODS_LOCKED) > 0);
     }
     static void modifiers(void* data, wl_keyboard*, uint32_t, uint32_t depressed, uint32_t latched,
                           uint32_t locked, uint32_t group)

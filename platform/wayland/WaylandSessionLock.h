@@ -45,7 +45,9 @@ signals:
     void locked();
     // The compositor refused the lock (another locker holds it) or ended it.
     void finished();
-    void keyPressed(const QString& text, quint32 keysym);
+    // A key pressed on a lock surface: the text it types (composing is the receiver's), its
+    // keysym and X key code, and whether Caps Lock is on.
+    void keyPressed(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);
 
 private:
     struct State;

@@ -16,8 +16,9 @@ in_chroot() {
 
 compositor_start() {
     local which=$1 mount
+    # Status 2: the tree cannot be used here (no bind mounts in this container).
     for mount in proc dev sys; do
-        mount --bind "/$mount" "$WAYLAND_CHROOT/$mount" || return 1
+        mount --bind "/$mount" "$WAYLAND_CHROOT/$mount" 2>/dev/null || { compositor_stop; return 2; }
         COMPOSITOR_MOUNTS+=("$WAYLAND_CHROOT/$mount")
     done
     rm -rf "$WAYLAND_CHROOT/run/xdg"
@@ -37,11 +38,13 @@ compositor_start() {
         ;;
     esac
     COMPOSITOR_PID=$!
-    trap compositor_stop EXIT
-    export XDG_RUNTIME_DIR=$WAYLAND_CHROOT/run/xdg WAYLAND_DISPLAY=$COMPOSITOR_SOCKET
+    # With the X11 rig, both end.
+    trap 'compositor_stop; ! declare -F desktop_stop >/dev/null || desktop_stop' EXIT
+    # An absolute WAYLAND_DISPLAY leaves the rig's own runtime folder as it is.
+    export WAYLAND_DISPLAY=$WAYLAND_CHROOT/run/xdg/$COMPOSITOR_SOCKET
     local tries
     for ((tries = 0; tries < 100; tries++)); do
-        [ -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY" ] && return 0
+        [ -S "$WAYLAND_DISPLAY" ] && return 0
         sleep 0.05
     done
     return 1

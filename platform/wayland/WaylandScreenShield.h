@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/ScreenShield.h"
+#include "platform/wayland/WaylandSessionLock.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+// The lock screen held by a Wayland compositor (ext-session-lock-v1) instead of X grabs.
+//
+// Security: from the moment the compositor says `locked`, no other client gets a key or a click
+// and no output shows anything but the lock surfaces; should this program die, the compositor
+// keeps the session locked. "Holding the keyboard" here means the compositor's lock holds; the
+// lock window's keys come from the lock surfaces and are delivered to it as key events, so the
+// password path is the one X11 uses. The window itself is drawn off screen and shown through the
+// lock surfaces.
+class WaylandScreenShield final : public QObject, public ScreenShield
+{
+    Q_OBJECT
+public:
+    explicit WaylandScreenShield(QObject* parent = nullptr);
+
+    bool connectToCompositor() { return m_lock.connectToCompositor(); }
+
+    bool makeKey(QWidget* window) override;
+    bool grabPointer(QWidget* window) override;
+    void releaseGrabs() override;
+    bool holdsKeyboard() const override { return m_lock.isLocked(); }
+    bool holdsPointer() const override { return m_lock.isLocked(); }
+    bool refreshGrabs() override { return m_lock.isLocked(); }
+    void onHoldLost(std::function<void()> callback) override { m_holdLost = std::move(callback); }
+    void keepAbove(const QList<QWidget*>& windows) override;
+
+private:
+    void deliverKey(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);
+    QImage picture(QSize size) const;
+
+    WaylandSessionLock m_lock;
+    QPointer<QWidget> m_keyWindow;
+    QTimer m_repaint;
+    std::function<void()> m_holdLost;
+};
