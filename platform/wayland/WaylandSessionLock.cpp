@@ -126,8 +126,23 @@ struct WaylandSessionLock::State
     {
         notifier.reset();
         outputs.clear();
+        // Every proxy is ours to free; disconnecting frees none of them.
         if (keyboard)
             wl_keyboard_release(keyboard);
+        // A lock still held stays held: its proxy is freed here without a word to the
+        // compositor, which keeps the session locked once the connection ends.
+        if (lock)
+            wl_proxy_destroy(reinterpret_cast<wl_proxy*>(lock));
+        if (manager)
+            ext_session_lock_manager_v1_destroy(manager);
+        if (seat)
+            wl_seat_release(seat);
+        if (shm)
+            wl_shm_destroy(shm);
+        if (compositor)
+            wl_compositor_destroy(compositor);
+        if (registry)
+            wl_registry_destroy(registry);
         if (display)
             wl_display_disconnect(display);
         xkb_state_unref(keys);
