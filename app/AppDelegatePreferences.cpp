@@ -7,7 +7,7 @@
 #include "lockscreen/LockSwing.h"
 #include "lockscreen/WindowMotion.h"
 #include "platform/Clock.h"
-#include "platform/Compositor.h"
+#include "platform/x11/Compositor.h"
 
 #include "input/PasswordBuffer.h"
 #include "input/PasswordFile.h"

@@ -6,16 +6,16 @@
 #include "platform/Dialogs.h"
 #include "platform/DisplayBrightness.h"
 #include "platform/Displays.h"
-#include "platform/IdleTime.h"
 #include "platform/LinuxDesktopPicture.h"
 #include "platform/LogindSystemEvents.h"
 #include "platform/MprisMusicPlayer.h"
 #include "platform/PowerSources.h"
 #include "platform/Scheduler.h"
 #include "platform/ScriptRunner.h"
-#include "platform/X11GlobalHotKey.h"
-#include "platform/X11ScreenShield.h"
 #include "platform/XdgAutostart.h"
+#include "platform/x11/X11GlobalHotKey.h"
+#include "platform/x11/X11IdleTime.h"
+#include "platform/x11/X11ScreenShield.h"
 
 #include <QCoreApplication>
 

@@ -5,7 +5,7 @@
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
 #include "platform/DesktopLocker.h"
-#include "platform/GuardProcess.h"
+#include "platform/x11/GuardProcess.h"
 #ifdef TESSARINE_WAYLAND
 #include "platform/wayland/WaylandScreenShield.h"
 #endif

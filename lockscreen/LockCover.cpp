@@ -1,6 +1,6 @@
 #include "lockscreen/LockCover.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QWidget>
 #include <QWindow>

@@ -1,6 +1,6 @@
 #include "lockscreen/WindowMotion.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QPropertyAnimation>
 #include <QWidget>

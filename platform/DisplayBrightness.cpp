@@ -1,7 +1,7 @@
 #include "platform/DisplayBrightness.h"
 
 #include "platform/Log.h"
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,6 +1,6 @@
 #include "platform/Displays.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QGuiApplication>
 #include <QScreen>

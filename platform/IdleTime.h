@@ -2,9 +2,8 @@
 
 #include <cstdint>
 
-// The X server's own count of the user's inactivity (the MIT-SCREEN-SAVER extension): the time
-// since the last key or pointer input, which the server keeps whatever window has the focus, so
-// nobody polls the input devices.
+// The display server's own count of the user's inactivity: the time since the last key or pointer
+// input, which the server keeps whatever window has the focus, so nobody polls the input devices.
 class IdleTime
 {
 public:
@@ -13,11 +12,4 @@ public:
     virtual uint32_t sinceInput() const = 0;
     // Counts as input from now on, as a key press would (SimulateUserActivity).
     virtual void countAsActivity() = 0;
-};
-
-class X11IdleTime final : public IdleTime
-{
-public:
-    uint32_t sinceInput() const override;
-    void countAsActivity() override;
 };

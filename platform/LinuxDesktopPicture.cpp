@@ -3,8 +3,8 @@
 #include "platform/FehPictureSource.h"
 #include "platform/GSettingsPictureSource.h"
 #include "platform/PictureFile.h"
-#include "platform/RootPixmapPictureSource.h"
 #include "platform/XfconfPictureSource.h"
+#include "platform/x11/RootPixmapPictureSource.h"
 
 #include <QDir>
 #include <QGuiApplication>

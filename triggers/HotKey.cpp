@@ -1,6 +1,6 @@
 #include "triggers/HotKey.h"
 
-#include "platform/X11GlobalHotKey.h"
+#include "platform/x11/X11GlobalHotKey.h"
 
 #include "platform/GlobalHotKey.h"
 #include "platform/KeyTranslation.h"

@@ -2,7 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "lockscreen/BackgroundBuilder.h"
-#include "platform/Compositor.h"
+#include "platform/x11/Compositor.h"
 #include "settings/PreferenceActions.h"
 #include "settings/Preferences.h"
 #include "settings/SettingKeys.h"

@@ -2,7 +2,7 @@
 
 #include "input/PasswordFile.h"
 #include "platform/Log.h"
-#include "platform/X11GlobalHotKey.h"
+#include "platform/x11/X11GlobalHotKey.h"
 #include "triggers/HotKey.h"
 
 #include <QTest>

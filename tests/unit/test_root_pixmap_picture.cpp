@@ -1,5 +1,5 @@
 #include "platform/LinuxDesktopPicture.h"
-#include "platform/RootPixmapPictureSource.h"
+#include "platform/x11/RootPixmapPictureSource.h"
 
 #include <QGuiApplication>
 #include <QImage>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/GuardProcess.h"
 #include "platform/ScreenShield.h"
-#include "platform/X11KeyboardRelease.h"
+#include "platform/x11/GuardProcess.h"
+#include "platform/x11/X11KeyboardRelease.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QList>

@@ -1,5 +1,5 @@
-#include "platform/QtXcb.h"
-#include "platform/X11ScreenShield.h"
+#include "platform/x11/QtXcb.h"
+#include "platform/x11/X11ScreenShield.h"
 
 #include <QGuiApplication>
 #include <QScreen>

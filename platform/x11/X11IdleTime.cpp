@@ -1,6 +1,6 @@
-#include "platform/IdleTime.h"
+#include "platform/x11/X11IdleTime.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <xcb/screensaver.h>
 

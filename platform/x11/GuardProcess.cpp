@@ -1,4 +1,4 @@
-#include "platform/GuardProcess.h"
+#include "platform/x11/GuardProcess.h"
 
 #include "guard/HandOver.h"
 #include "platform/LibraryFolder.h"

@@ -1,7 +1,7 @@
-#include "platform/X11GlobalHotKey.h"
+#include "platform/x11/X11GlobalHotKey.h"
 
 #include "platform/KeyTranslation.h"
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

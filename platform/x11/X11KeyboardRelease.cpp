@@ -1,6 +1,6 @@
-#include "platform/X11KeyboardRelease.h"
+#include "platform/x11/X11KeyboardRelease.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
-#include "platform/X11ScreenShield.h"
+#include "platform/x11/X11ScreenShield.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QCoreApplication>
 #include <QWindow>

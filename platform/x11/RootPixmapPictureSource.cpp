@@ -1,6 +1,6 @@
-#include "platform/RootPixmapPictureSource.h"
+#include "platform/x11/RootPixmapPictureSource.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 #include <QBuffer>
 #include <QGuiApplication>

@@ -1,6 +1,6 @@
-#include "platform/Compositor.h"
+#include "platform/x11/Compositor.h"
 
-#include "platform/QtXcb.h"
+#include "platform/x11/QtXcb.h"
 
 bool Compositor::isRunning()
 {
