@@ -1,6 +1,7 @@
 #include "platform/wayland/WaylandSessionLock.h"
 
 #include "ext-session-lock-v1-client-protocol.h"
+#include "platform/Log.h"
 
 #include <QSocketNotifier>
 
@@ -214,6 +215,8 @@ struct WaylandSessionLock::State
     {
         auto* s = static_cast<State*>(data);
         s->locked = true;
+        // The moment the compositor hides every output (bench/wayland.sh times it).
+        Log::line(QStringLiteral("the compositor has locked the session"));
         emit s->owner->locked();
     }
     static void lockFinished(void* data, ext_session_lock_v1*)
