@@ -272,6 +272,9 @@ cycles_section=$("$root/bench/cycles.sh" "$build")
 # From a lock request to no desktop pixel left, the sleep inhibitor's release and memory at 4K:
 # bench/hidden.sh runs in desktops of its own too and prints a section of the report.
 hidden_section=$("$root/bench/hidden.sh" "$build")
+# Tessarine and swaylock on sway and labwc from the trixie tree, timed by one Wayland client
+# reading the outputs: bench/wayland.sh prints its section (or why it measured nothing).
+wayland_section=$("$root/bench/wayland.sh" "$build")
 cycles_growth=$(sed -n 's/^| Growth over \([0-9]*\) lock\/unlock cycles | \([^|]*\) | \([^|]*\) |.*/\1|\2|\3/p' \
     <<<"$cycles_section")
 
@@ -383,5 +386,7 @@ echo >>"$report"
 printf '%s\n' "$cycles_section" >>"$report"
 echo >>"$report"
 printf '%s\n' "$hidden_section" >>"$report"
+echo >>"$report"
+printf '%s\n' "$wayland_section" >>"$report"
 
 cat "$report"

@@ -1,6 +1,7 @@
 #include "platform/wayland/WaylandSessionLock.h"
 
 #include "ext-session-lock-v1-client-protocol.h"
+#include "platform/Log.h"
 
 #include <QSocketNotifier>
 
@@ -116,7 +117,11 @@ struct WaylandSessionLock::State
     ext_session_lock_v1* lock = nullptr;
     bool locked = false;
     std::vector<std::unique_ptr<Output>> outputs;
+    // The owner's painter, and the one the outputs call: outputs of one size painted in the same
+    // turn (one reading of the compositor's events, or one repaint) share one picture.
+    Painter source;
     Painter painter;
+    QImage shared;
     std::unique_ptr<QSocketNotifier> notifier;
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     xkb_keymap* keymap = nullptr;
@@ -166,6 +171,7 @@ struct WaylandSessionLock::State
             wl_display_dispatch_pending(display);
         wl_display_read_events(display);
         wl_display_dispatch_pending(display);
+        shared = QImage();
         wl_display_flush(display);
         if (wl_display_get_error(display) != 0) {
             // The compositor went away, or took offence: the lock is no longer ours to keep.
@@ -214,6 +220,8 @@ struct WaylandSessionLock::State
     {
         auto* s = static_cast<State*>(data);
         s->locked = true;
+        // The moment the compositor hides every output (bench/wayland.sh times it).
+        Log::line(QStringLiteral("the compositor has locked the session"));
         emit s->owner->locked();
     }
     static void lockFinished(void* data, ext_session_lock_v1*)
@@ -329,7 +337,15 @@ bool WaylandSessionLock::isConnected() const
 
 void WaylandSessionLock::setPainter(Painter painter)
 {
-    m->painter = std::move(painter);
+    m->source = std::move(painter);
+    m->painter = nullptr;
+    if (m->source) {
+        m->painter = [s = m.get()](QSize size) {
+            if (s->shared.size() != size)
+                s->shared = s->source(size);
+            return s->shared;
+        };
+    }
 }
 
 void WaylandSessionLock::lock()
@@ -372,6 +388,7 @@ void WaylandSessionLock::repaint()
 {
     for (auto& output : m->outputs)
         paint(*output);
+    m->shared = QImage();
     if (m->display)
         wl_display_flush(m->display);
 }

@@ -3,14 +3,16 @@
 # compositor_start sway|labwc, and compositor_stop (or let the EXIT trap do it).
 
 WAYLAND_CHROOT=${TESSARINE_WAYLAND_CHROOT:-/var/cache/tessarine/trixie}
+# The compositor's runtime folder inside the tree (the benchmark takes one of its own).
+WAYLAND_RUNTIME=${WAYLAND_RUNTIME:-/run/xdg}
 COMPOSITOR_PID=
 COMPOSITOR_MOUNTS=()
 
 # in_chroot COMMAND...: a command of the tree's, talking to the running compositor.
 in_chroot() {
     local sway_socket
-    sway_socket=$(ls "$WAYLAND_CHROOT"/run/xdg/sway-ipc.*.sock 2>/dev/null | head -n1)
-    chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg \
+    sway_socket=$(ls "$WAYLAND_CHROOT$WAYLAND_RUNTIME"/sway-ipc.*.sock 2>/dev/null | head -n1)
+    chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR="$WAYLAND_RUNTIME" \
         WAYLAND_DISPLAY="$COMPOSITOR_SOCKET" SWAYSOCK="${sway_socket#"$WAYLAND_CHROOT"}" "$@"
 }
 
@@ -21,13 +23,15 @@ compositor_start() {
         mount --bind "/$mount" "$WAYLAND_CHROOT/$mount" 2>/dev/null || { compositor_stop; return 2; }
         COMPOSITOR_MOUNTS+=("$WAYLAND_CHROOT/$mount")
     done
-    rm -rf "$WAYLAND_CHROOT/run/xdg"
-    mkdir -p -m 700 "$WAYLAND_CHROOT/run/xdg"
-    local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg
+    rm -rf "$WAYLAND_CHROOT$WAYLAND_RUNTIME"
+    mkdir -p -m 700 "$WAYLAND_CHROOT$WAYLAND_RUNTIME"
+    local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR="$WAYLAND_RUNTIME"
         WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2)
     case $which in
     sway)
-        printf 'output * bg #ff00ff solid_color\n' >"$WAYLAND_CHROOT/root/sway.cfg"
+        # WAYLAND_SWAY_CONFIG: more lines of sway's configuration (the benchmark's refresh rate).
+        printf 'output * bg #ff00ff solid_color\n%s\n' "${WAYLAND_SWAY_CONFIG:-}" \
+            >"$WAYLAND_CHROOT/root/sway.cfg"
         chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c /root/sway.cfg \
             >"${RIG_DIR:-/tmp}/sway.log" 2>&1 &
         COMPOSITOR_SOCKET=wayland-1
@@ -41,7 +45,7 @@ compositor_start() {
     # With the X11 rig, both end.
     trap 'compositor_stop; ! declare -F desktop_stop >/dev/null || desktop_stop' EXIT
     # An absolute WAYLAND_DISPLAY leaves the rig's own runtime folder as it is.
-    export WAYLAND_DISPLAY=$WAYLAND_CHROOT/run/xdg/$COMPOSITOR_SOCKET
+    export WAYLAND_DISPLAY=$WAYLAND_CHROOT$WAYLAND_RUNTIME/$COMPOSITOR_SOCKET
     local tries
     for ((tries = 0; tries < 100; tries++)); do
         [ -S "$WAYLAND_DISPLAY" ] && return 0
