@@ -3,8 +3,9 @@
 # compositor_start sway|labwc, and compositor_stop (or let the EXIT trap do it).
 
 WAYLAND_CHROOT=${TESSARINE_WAYLAND_CHROOT:-/var/cache/tessarine/trixie}
-# The compositor's runtime folder inside the tree (the benchmark takes one of its own).
-WAYLAND_RUNTIME=${WAYLAND_RUNTIME:-/run/xdg}
+# The compositor's runtime folder inside the tree, one for each rig, so that rigs of two build
+# trees never empty each other's.
+WAYLAND_RUNTIME=${WAYLAND_RUNTIME:-/run/xdg-$$}
 COMPOSITOR_PID=
 COMPOSITOR_MOUNTS=()
 
@@ -58,8 +59,13 @@ compositor_stop() {
     [ -n "$COMPOSITOR_PID" ] && kill "$COMPOSITOR_PID" 2>/dev/null && wait "$COMPOSITOR_PID" 2>/dev/null
     COMPOSITOR_PID=
     local mount
-    for mount in "${COMPOSITOR_MOUNTS[@]}"; do umount "$mount" 2>/dev/null || true; done
+    # A process of the tree still running (a compositor's child) keeps a mount busy: it is then
+    # detached lazily, so that mounts never pile up on the tree.
+    for mount in "${COMPOSITOR_MOUNTS[@]}"; do
+        umount "$mount" 2>/dev/null || umount -l "$mount" 2>/dev/null || true
+    done
     COMPOSITOR_MOUNTS=()
+    [ -n "$WAYLAND_RUNTIME" ] && rm -rf "${WAYLAND_CHROOT:?}$WAYLAND_RUNTIME"
 }
 
 # output_colour OUTPUT: the colour of a point of that output, as srgb(R,G,B).
