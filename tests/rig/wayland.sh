@@ -3,14 +3,17 @@
 # compositor_start sway|labwc, and compositor_stop (or let the EXIT trap do it).
 
 WAYLAND_CHROOT=${TESSARINE_WAYLAND_CHROOT:-/var/cache/tessarine/trixie}
+# The tree is shared by every test run on the machine (other checkouts' too): each run keeps its
+# runtime folder, configuration and screenshots under names of its own.
+COMPOSITOR_RUN=/run/xdg-$$
 COMPOSITOR_PID=
 COMPOSITOR_MOUNTS=()
 
 # in_chroot COMMAND...: a command of the tree's, talking to the running compositor.
 in_chroot() {
     local sway_socket
-    sway_socket=$(ls "$WAYLAND_CHROOT"/run/xdg/sway-ipc.*.sock 2>/dev/null | head -n1)
-    chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg \
+    sway_socket=$(ls "$WAYLAND_CHROOT$COMPOSITOR_RUN"/sway-ipc.*.sock 2>/dev/null | head -n1)
+    chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=$COMPOSITOR_RUN \
         WAYLAND_DISPLAY="$COMPOSITOR_SOCKET" SWAYSOCK="${sway_socket#"$WAYLAND_CHROOT"}" "$@"
 }
 
@@ -21,14 +24,14 @@ compositor_start() {
         mount --bind "/$mount" "$WAYLAND_CHROOT/$mount" 2>/dev/null || { compositor_stop; return 2; }
         COMPOSITOR_MOUNTS+=("$WAYLAND_CHROOT/$mount")
     done
-    rm -rf "$WAYLAND_CHROOT/run/xdg"
-    mkdir -p -m 700 "$WAYLAND_CHROOT/run/xdg"
-    local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg
+    rm -rf "$WAYLAND_CHROOT$COMPOSITOR_RUN"
+    mkdir -p -m 700 "$WAYLAND_CHROOT$COMPOSITOR_RUN"
+    local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=$COMPOSITOR_RUN
         WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2)
     case $which in
     sway)
-        printf 'output * bg #ff00ff solid_color\n' >"$WAYLAND_CHROOT/root/sway.cfg"
-        chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c /root/sway.cfg \
+        printf 'output * bg #ff00ff solid_color\n' >"$WAYLAND_CHROOT$COMPOSITOR_RUN/sway.cfg"
+        chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c "$COMPOSITOR_RUN/sway.cfg" \
             >"${RIG_DIR:-/tmp}/sway.log" 2>&1 &
         COMPOSITOR_SOCKET=wayland-1
         ;;
@@ -41,7 +44,7 @@ compositor_start() {
     # With the X11 rig, both end.
     trap 'compositor_stop; ! declare -F desktop_stop >/dev/null || desktop_stop' EXIT
     # An absolute WAYLAND_DISPLAY leaves the rig's own runtime folder as it is.
-    export WAYLAND_DISPLAY=$WAYLAND_CHROOT/run/xdg/$COMPOSITOR_SOCKET
+    export WAYLAND_DISPLAY=$WAYLAND_CHROOT$COMPOSITOR_RUN/$COMPOSITOR_SOCKET
     local tries
     for ((tries = 0; tries < 100; tries++)); do
         [ -S "$WAYLAND_DISPLAY" ] && return 0
@@ -56,12 +59,13 @@ compositor_stop() {
     local mount
     for mount in "${COMPOSITOR_MOUNTS[@]}"; do umount "$mount" 2>/dev/null || true; done
     COMPOSITOR_MOUNTS=()
+    rm -rf "$WAYLAND_CHROOT$COMPOSITOR_RUN"
 }
 
 # output_colour OUTPUT: the colour of a point of that output, as srgb(R,G,B).
 output_colour() {
-    in_chroot grim -o "$1" /tmp/output.png &&
-        convert "$WAYLAND_CHROOT/tmp/output.png" -format '%[pixel:p{20,20}]' info:
+    in_chroot grim -o "$1" "$COMPOSITOR_RUN/output.png" &&
+        convert "$WAYLAND_CHROOT$COMPOSITOR_RUN/output.png" -format '%[pixel:p{20,20}]' info:
 }
 
 # The names of the compositor's outputs, one a line, from grim's view of them.
