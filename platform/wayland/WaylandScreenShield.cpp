@@ -48,6 +48,14 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
 {
     m_lock.setPainter([this](QSize size) { return picture(size); });
     connect(&m_lock, &WaylandSessionLock::keyPressed, this, &WaylandScreenShield::deliverKey);
+    // `locked` comes after makeKey has returned, and the caller's retries only ask whether the
+    // lock holds: the repainting starts here, or the lock surfaces would keep their first picture.
+    connect(&m_lock, &WaylandSessionLock::locked, this, [this] {
+        if (m_keyWindow && !m_repaint.isActive()) {
+            m_lock.repaint();
+            m_repaint.start();
+        }
+    });
     connect(&m_lock, &WaylandSessionLock::finished, this, [this] {
         m_repaint.stop();
         if (m_holdLost)

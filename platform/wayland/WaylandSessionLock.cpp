@@ -154,6 +154,9 @@ struct WaylandSessionLock::State
     {
         if (!lock || output.lockSurface)
             return;
+        // A new surface is painted only once the compositor has configured it (a buffer before
+        // that is a protocol error); the size of an earlier lock's surface does not count.
+        output.size = QSize();
         output.surface = wl_compositor_create_surface(compositor);
         output.lockSurface =
             ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
