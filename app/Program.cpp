@@ -141,5 +141,14 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     // back from it at once.
     if (GuardProcess::holderListening())
         delegate.lock();
+#ifdef TESSARINE_WAYLAND
+    // A Tessarine that died while locked left the compositor holding its lock, every output
+    // blank: this one takes it over at once and shows the lock screen for the password.
+    if (lockShield == &compositorShield && compositorShield.earlierLockLeftStanding()) {
+        Log::line(QStringLiteral("the compositor still holds the lock of a Tessarine that ended: "
+                                 "locking again"));
+        delegate.lock();
+    }
+#endif
     return app.exec();
 }

@@ -21,7 +21,9 @@ class WaylandScreenShield final : public QObject, public ScreenShield
 public:
     explicit WaylandScreenShield(QObject* parent = nullptr);
 
-    bool connectToCompositor() { return m_lock.connectToCompositor(); }
+    // Locks held are noted, so that a Tessarine started after this one died takes them over.
+    bool connectToCompositor() { return m_lock.connectToCompositor(true); }
+    bool earlierLockLeftStanding() const { return m_lock.earlierLockLeftStanding(); }
 
     bool makeKey(QWidget* window) override;
     bool grabPointer(QWidget* window) override;

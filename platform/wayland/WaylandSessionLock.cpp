@@ -1,5 +1,7 @@
 #include "platform/wayland/WaylandSessionLock.h"
 
+#include "platform/wayland/WaylandLockRecord.h"
+
 #include "ext-session-lock-v1-client-protocol.h"
 
 #include <QSocketNotifier>
@@ -11,6 +13,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -121,6 +124,7 @@ struct WaylandSessionLock::State
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     xkb_keymap* keymap = nullptr;
     xkb_state* keys = nullptr;
+    std::optional<WaylandLockRecord> record;
 
     ~State()
     {
@@ -217,6 +221,8 @@ struct WaylandSessionLock::State
     {
         auto* s = static_cast<State*>(data);
         s->locked = true;
+        if (s->record)
+            s->record->writeHeld();
         emit s->owner->locked();
     }
     static void lockFinished(void* data, ext_session_lock_v1*)
@@ -227,6 +233,9 @@ struct WaylandSessionLock::State
             ext_session_lock_v1_destroy(s->lock);
         s->lock = nullptr;
         s->locked = false;
+        // Ended by the compositor (or refused): nothing of ours is left standing.
+        if (s->record)
+            s->record->remove();
         emit s->owner->finished();
     }
     static constexpr ext_session_lock_v1_listener lockListener{lockLocked, lockFinished};
@@ -303,7 +312,7 @@ WaylandSessionLock::WaylandSessionLock(QObject* parent)
 
 WaylandSessionLock::~WaylandSessionLock() = default;
 
-bool WaylandSessionLock::connectToCompositor()
+bool WaylandSessionLock::connectToCompositor(bool keepRecord)
 {
     if (m->display)
         return m->manager != nullptr;
@@ -322,6 +331,8 @@ bool WaylandSessionLock::connectToCompositor()
         std::make_unique<QSocketNotifier>(wl_display_get_fd(m->display), QSocketNotifier::Read);
     QObject::connect(m->notifier.get(), &QSocketNotifier::activated, this,
                      [this] { m->dispatch(); });
+    if (keepRecord)
+        m->record.emplace(wl_display_get_fd(m->display));
     return true;
 }
 
@@ -355,6 +366,8 @@ void WaylandSessionLock::unlock()
     ext_session_lock_v1_unlock_and_destroy(m->lock);
     m->lock = nullptr;
     m->locked = false;
+    if (m->record)
+        m->record->remove();
     for (auto& output : m->outputs) {
         if (output->lockSurface)
             ext_session_lock_surface_v1_destroy(output->lockSurface);
@@ -382,4 +395,9 @@ void WaylandSessionLock::repaint()
 int WaylandSessionLock::outputCount() const
 {
     return int(m->outputs.size());
+}
+
+bool WaylandSessionLock::earlierLockLeftStanding() const
+{
+    return m->record && m->record->leftStanding();
 }
