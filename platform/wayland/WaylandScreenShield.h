@@ -33,6 +33,8 @@ public:
     bool refreshGrabs() override { return m_lock.isLocked(); }
     void onHoldLost(std::function<void()> callback) override { m_holdLost = std::move(callback); }
     void keepAbove(const QList<QWidget*>& windows) override;
+    // The lock surfaces show the window's picture wherever the window is.
+    bool showsWindowPlace() const override { return false; }
 
 private:
     void deliverKey(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);
