@@ -2,7 +2,8 @@
 # desktop the moment the lock is asked for, so the chosen slide cannot be seen; the lock screen
 # fades in over the blank instead. Frames are sampled (grim, one pixel) while it opens: at least
 # one shows the lock screen part way (darker than it ends, not black), and once the desktop has
-# gone it never shows again. Tried up to three times, since a frame is caught only by chance.
+# gone it never shows again. Tried up to five times, since a frame is caught only by chance (grim
+# takes 50 to 200 ms a frame, the fade 400 ms).
 #   e2e_wayland_opening.sh sway|labwc
 set -u
 compositor=$1
@@ -25,7 +26,7 @@ part_way() {
 }
 
 faded=
-for ((round = 0; round < 3; round++)); do
+for ((round = 0; round < 5; round++)); do
     samples=()
     "$TESSARINE" lock &
     locker=$!
