@@ -187,7 +187,7 @@ void LockSession::takeKeyboardFirst(const QRect& screen)
     // Chosen in the preferences since the last lock or at start, the clear background is seen
     // through at this one.
     m_window.setSeeThrough(m_preferences.backgroundType == BackgroundBuilder::ClearKind);
-    const bool slides = m_preferences.startAnimation != 0;
+    const bool slides = openingAnimation() != 0;
     m_window.move(slides ? screen.topLeft() - QPoint(0, screen.height()) : screen.topLeft());
     m_window.show();
     keepWindowsAbove();
@@ -238,7 +238,7 @@ void LockSession::fullScreen()
     // Centred on the display as it is now, which may not be the one the program started on.
     m_views.placeContact(screen.width());
     const QPoint home = screen.topLeft();
-    const int animation = m_preferences.startAnimation;
+    const int animation = openingAnimation();
     if (animation != 0) {
         // Placed just above the display, made key at once, then slid in; a value past the four
         // directions leaves it there, above the display.
@@ -274,6 +274,14 @@ void LockSession::fullScreen()
     }
     m_kioskCall.arm(kioskDelay, [this] { kioskMode(); });
     m_window.setFocus();
+}
+
+int LockSession::openingAnimation() const
+{
+    // Shown through a Wayland compositor's lock surfaces, which hide every output at once, the
+    // window cannot be seen sliding over the desktop; fading in over the blank is the nearest
+    // opening that can be seen.
+    return m_services.shield.showsWindowPlace() ? m_preferences.startAnimation : 0;
 }
 
 void LockSession::makeWindowKey()

@@ -164,6 +164,8 @@ private:
     void addWidgets();
     void reportBackgroundFailure();
     QRect firstScreen() const;
+    // The opening as chosen, or the fade where the window's place on the screen does not show.
+    int openingAnimation() const;
     void settleOpening();
     void checkScreenShown();
     void notifyShownWaiters();

@@ -7,6 +7,7 @@
 #include "platform/DesktopLocker.h"
 #include "platform/x11/GuardProcess.h"
 #ifdef TESSARINE_WAYLAND
+#include "platform/wayland/WaylandIdleNotifier.h"
 #include "platform/wayland/WaylandScreenShield.h"
 #endif
 #include "platform/LibraryFolder.h"
@@ -122,8 +123,19 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     QObject::connect(&app, &KeyListener::mediaKeyPressed, &delegate, &AppDelegate::mediaKey);
     watchScreens(app, delegate);
     delegate.awakeFromNib();
-    // The X server's idle time does not see the keys of native Wayland windows.
-    if (wayland)
+    // The X server's idle time does not see the keys of native Wayland windows: the compositor
+    // says when the session idles, where it offers ext-idle-notify-v1.
+#ifdef TESSARINE_WAYLAND
+    WaylandIdleNotifier idleNotifier;
+    if (wayland && !handOver) {
+        if (idleNotifier.connectToCompositor())
+            delegate.idleLock()->useWatch(idleNotifier);
+        else
+            Log::line(QStringLiteral("the compositor does not say when the session idles "
+                                     "(ext-idle-notify-v1): the idle lock is off"));
+    }
+#endif
+    if (wayland && delegate.idleLock()->usesIdleTime())
         delegate.idleLock()->disable();
     if (handOver) {
         // The desktop's lock screen follows the session's Lock signal itself.
@@ -141,5 +153,14 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     // back from it at once.
     if (GuardProcess::holderListening())
         delegate.lock();
+#ifdef TESSARINE_WAYLAND
+    // A Tessarine that died while locked left the compositor holding its lock, every output
+    // blank: this one takes it over at once and shows the lock screen for the password.
+    if (lockShield == &compositorShield && compositorShield.earlierLockLeftStanding()) {
+        Log::line(QStringLiteral("the compositor still holds the lock of a Tessarine that ended: "
+                                 "locking again"));
+        delegate.lock();
+    }
+#endif
     return app.exec();
 }

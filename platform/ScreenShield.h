@@ -36,6 +36,10 @@ public:
     // every other window: they are mapped and raised again whenever another client maps,
     // restacks, unmaps or destroys a window. An empty list stops watching.
     virtual void keepAbove(const QList<QWidget*>& windows) = 0;
+    // Whether the lock window's place on the screen shows: false where its picture is shown
+    // through something else (a Wayland compositor's lock surfaces), so that no slide can be
+    // seen; its opacity shows either way.
+    virtual bool showsWindowPlace() const { return true; }
 };
 
 // Synthetic pointer input.

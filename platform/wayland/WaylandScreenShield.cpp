@@ -48,6 +48,14 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
 {
     m_lock.setPainter([this](QSize size) { return picture(size); });
     connect(&m_lock, &WaylandSessionLock::keyPressed, this, &WaylandScreenShield::deliverKey);
+    // `locked` comes after makeKey has returned, and the caller's retries only ask whether the
+    // lock holds: the repainting starts here, or the lock surfaces would keep their first picture.
+    connect(&m_lock, &WaylandSessionLock::locked, this, [this] {
+        if (m_keyWindow && !m_repaint.isActive()) {
+            m_lock.repaint();
+            m_repaint.start();
+        }
+    });
     connect(&m_lock, &WaylandSessionLock::finished, this, [this] {
         m_repaint.stop();
         if (m_holdLost)
@@ -56,7 +64,11 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
     // The clock, the battery and the password field change while locked: the lock surfaces show
     // the window as it is now, a few times a second.
     m_repaint.setInterval(100);
-    connect(&m_repaint, &QTimer::timeout, &m_lock, &WaylandSessionLock::repaint);
+    connect(&m_repaint, &QTimer::timeout, this, [this] {
+        // More often while the opening fades in (0.4 s), so that the fade is seen as one.
+        m_repaint.setInterval(m_keyWindow && m_keyWindow->windowOpacity() < 1 ? 40 : 100);
+        m_lock.repaint();
+    });
 }
 
 bool WaylandScreenShield::makeKey(QWidget* window)
@@ -94,6 +106,8 @@ QImage WaylandScreenShield::picture(QSize size) const
     if (m_keyWindow) {
         QPainter painter(&image);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        // The opening fades the lock screen in over the blank outputs.
+        painter.setOpacity(m_keyWindow->windowOpacity());
         painter.drawPixmap(image.rect(), m_keyWindow->grab());
     }
     return image;

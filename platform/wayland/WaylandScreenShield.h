@@ -21,7 +21,9 @@ class WaylandScreenShield final : public QObject, public ScreenShield
 public:
     explicit WaylandScreenShield(QObject* parent = nullptr);
 
-    bool connectToCompositor() { return m_lock.connectToCompositor(); }
+    // Locks held are noted, so that a Tessarine started after this one died takes them over.
+    bool connectToCompositor() { return m_lock.connectToCompositor(true); }
+    bool earlierLockLeftStanding() const { return m_lock.earlierLockLeftStanding(); }
 
     bool makeKey(QWidget* window) override;
     bool grabPointer(QWidget* window) override;
@@ -31,6 +33,8 @@ public:
     bool refreshGrabs() override { return m_lock.isLocked(); }
     void onHoldLost(std::function<void()> callback) override { m_holdLost = std::move(callback); }
     void keepAbove(const QList<QWidget*>& windows) override;
+    // The lock surfaces show the window's picture wherever the window is.
+    bool showsWindowPlace() const override { return false; }
 
 private:
     void deliverKey(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);

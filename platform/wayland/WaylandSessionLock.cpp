@@ -1,5 +1,7 @@
 #include "platform/wayland/WaylandSessionLock.h"
 
+#include "platform/wayland/WaylandLockRecord.h"
+
 #include "ext-session-lock-v1-client-protocol.h"
 #include "platform/Log.h"
 
@@ -12,6 +14,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -126,6 +129,7 @@ struct WaylandSessionLock::State
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     xkb_keymap* keymap = nullptr;
     xkb_state* keys = nullptr;
+    std::optional<WaylandLockRecord> record;
 
     ~State()
     {
@@ -159,6 +163,9 @@ struct WaylandSessionLock::State
     {
         if (!lock || output.lockSurface)
             return;
+        // A new surface is painted only once the compositor has configured it (a buffer before
+        // that is a protocol error); the size of an earlier lock's surface does not count.
+        output.size = QSize();
         output.surface = wl_compositor_create_surface(compositor);
         output.lockSurface =
             ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
@@ -222,6 +229,8 @@ struct WaylandSessionLock::State
         s->locked = true;
         // The moment the compositor hides every output (bench/wayland.sh times it).
         Log::line(QStringLiteral("the compositor has locked the session"));
+        if (s->record)
+            s->record->writeHeld();
         emit s->owner->locked();
     }
     static void lockFinished(void* data, ext_session_lock_v1*)
@@ -232,6 +241,9 @@ struct WaylandSessionLock::State
             ext_session_lock_v1_destroy(s->lock);
         s->lock = nullptr;
         s->locked = false;
+        // Ended by the compositor (or refused): nothing of ours is left standing.
+        if (s->record)
+            s->record->remove();
         emit s->owner->finished();
     }
     static constexpr ext_session_lock_v1_listener lockListener{lockLocked, lockFinished};
@@ -308,7 +320,7 @@ WaylandSessionLock::WaylandSessionLock(QObject* parent)
 
 WaylandSessionLock::~WaylandSessionLock() = default;
 
-bool WaylandSessionLock::connectToCompositor()
+bool WaylandSessionLock::connectToCompositor(bool keepRecord)
 {
     if (m->display)
         return m->manager != nullptr;
@@ -327,6 +339,8 @@ bool WaylandSessionLock::connectToCompositor()
         std::make_unique<QSocketNotifier>(wl_display_get_fd(m->display), QSocketNotifier::Read);
     QObject::connect(m->notifier.get(), &QSocketNotifier::activated, this,
                      [this] { m->dispatch(); });
+    if (keepRecord)
+        m->record.emplace(wl_display_get_fd(m->display));
     return true;
 }
 
@@ -368,6 +382,8 @@ void WaylandSessionLock::unlock()
     ext_session_lock_v1_unlock_and_destroy(m->lock);
     m->lock = nullptr;
     m->locked = false;
+    if (m->record)
+        m->record->remove();
     for (auto& output : m->outputs) {
         if (output->lockSurface)
             ext_session_lock_surface_v1_destroy(output->lockSurface);
@@ -396,4 +412,9 @@ void WaylandSessionLock::repaint()
 int WaylandSessionLock::outputCount() const
 {
     return int(m->outputs.size());
+}
+
+bool WaylandSessionLock::earlierLockLeftStanding() const
+{
+    return m->record && m->record->leftStanding();
 }

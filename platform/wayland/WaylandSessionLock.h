@@ -27,8 +27,10 @@ public:
     ~WaylandSessionLock() override;
 
     // Connects to the session's compositor (WAYLAND_DISPLAY); false when there is none, or it
-    // does not offer the protocol.
-    bool connectToCompositor();
+    // does not offer the protocol. With keepRecord, a lock the compositor holds is noted in
+    // $XDG_RUNTIME_DIR until it ends (WaylandLockRecord), for a Tessarine started after this one
+    // died while locked.
+    bool connectToCompositor(bool keepRecord = false);
     bool isConnected() const;
     void setPainter(Painter painter);
     // Asks the compositor to lock; locked() or finished() follows.
@@ -39,6 +41,8 @@ public:
     // Paints every output again (the picture changed).
     void repaint();
     int outputCount() const;
+    // The compositor still holds the lock of an earlier Tessarine that died while locked.
+    bool earlierLockLeftStanding() const;
 
 signals:
     // Every output is hidden; the compositor holds the session locked from now on.

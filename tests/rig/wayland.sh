@@ -3,8 +3,8 @@
 # compositor_start sway|labwc, and compositor_stop (or let the EXIT trap do it).
 
 WAYLAND_CHROOT=${TESSARINE_WAYLAND_CHROOT:-/var/cache/tessarine/trixie}
-# The compositor's runtime folder inside the tree, one for each rig, so that rigs of two build
-# trees never empty each other's.
+# The tree is shared by every test run on the machine (other checkouts' too): each rig keeps its
+# runtime folder, configuration and screenshots under a name of its own (the benchmark chooses).
 WAYLAND_RUNTIME=${WAYLAND_RUNTIME:-/run/xdg-$$}
 COMPOSITOR_PID=
 COMPOSITOR_MOUNTS=()
@@ -32,8 +32,8 @@ compositor_start() {
     sway)
         # WAYLAND_SWAY_CONFIG: more lines of sway's configuration (the benchmark's refresh rate).
         printf 'output * bg #ff00ff solid_color\n%s\n' "${WAYLAND_SWAY_CONFIG:-}" \
-            >"$WAYLAND_CHROOT/root/sway.cfg"
-        chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c /root/sway.cfg \
+            >"$WAYLAND_CHROOT$WAYLAND_RUNTIME/sway.cfg"
+        chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c "$WAYLAND_RUNTIME/sway.cfg" \
             >"${RIG_DIR:-/tmp}/sway.log" 2>&1 &
         COMPOSITOR_SOCKET=wayland-1
         ;;
@@ -70,8 +70,8 @@ compositor_stop() {
 
 # output_colour OUTPUT: the colour of a point of that output, as srgb(R,G,B).
 output_colour() {
-    in_chroot grim -o "$1" /tmp/output.png &&
-        convert "$WAYLAND_CHROOT/tmp/output.png" -format '%[pixel:p{20,20}]' info:
+    in_chroot grim -o "$1" "$WAYLAND_RUNTIME/output.png" &&
+        convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/output.png" -format '%[pixel:p{20,20}]' info:
 }
 
 # The names of the compositor's outputs, one a line, from grim's view of them.

@@ -51,6 +51,9 @@ public:
     }
     bool holdsKeyboard() const override { return keyboard; }
     bool holdsPointer() const override { return pointer; }
+    // False plays a Wayland compositor's lock surfaces.
+    bool windowPlaceShown = true;
+    bool showsWindowPlace() const override { return windowPlaceShown; }
     bool refreshGrabs() override
     {
         ++refreshes;

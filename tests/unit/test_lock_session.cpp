@@ -86,6 +86,27 @@ private slots:
                  QStringList({"opacity 0", "move 0,-1080", "opacity 1", slide}));
     }
 
+    void whereTheWindowsPlaceDoesNotShowEveryOpeningFades_data()
+    {
+        QTest::addColumn<int>("animation");
+        for (int animation : {0, 1, 2, 3, 4, 7})
+            QTest::newRow(qPrintable(QString::number(animation))) << animation;
+    }
+    void whereTheWindowsPlaceDoesNotShowEveryOpeningFades()
+    {
+        // A Wayland compositor's lock surfaces show the window's picture, never its place.
+        QFETCH(int, animation);
+        TestLibrary library;
+        library.configure(
+            QStringLiteral("<key>startAnimation</key><integer>%1</integer>").arg(animation));
+        StartedProgram program(library.folder());
+        program.shield.windowPlaceShown = false;
+        program.delegate->lock();
+        QVERIFY(program.shield.keyboard);
+        QCOMPARE(program.delegate->window()->pos(), QPoint(0, 0));
+        QCOMPARE(program.motion.log, QStringList({"opacity 0", "move 0,0", "fadeIn 400"}));
+    }
+
     void anOpeningPastTheFourDirectionsStaysAboveTheDisplay()
     {
         TestLibrary library;

@@ -1,0 +1,82 @@
+# A Wayland session for Tessarine's end-to-end tests: the X11 rig (tests/rig/desktop.sh), on
+# whose X server Tessarine draws as it would through XWayland, and sway or labwc run headless
+# (tests/rig/wayland.sh) with a magenta window on every output, so that the desktop, the
+# compositor's blank and the lock screen can be told apart. Source it with the compositor's name
+# in $compositor; it exits 77 (skipped, with the reason) where the tree or root is missing.
+source "$TESTS_DIR/rig/desktop.sh"
+source "$TESTS_DIR/rig/wayland.sh"
+if [ ! -x "$WAYLAND_CHROOT/usr/bin/$compositor" ]; then
+    echo "SKIPPED: no $compositor in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
+    exit 77
+fi
+[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
+desktop_start || fail "the desktop did not come up"
+fake_power_supply
+write_password k3y
+
+desktop='srgb(255,0,255)'
+# What the compositor shows while it holds the lock of a client that died: sway red, labwc black.
+case $compositor in
+sway) blank='srgb(255,0,0)' ;;
+*) blank='srgb(0,0,0)' ;;
+esac
+
+# session_start: the compositor and the magenta window on every output.
+session_start() {
+    compositor_start "$compositor"
+    case $? in
+    0) ;;
+    2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
+    *) fail "$compositor did not start" ;;
+    esac
+    "$WAYLAND_DESKTOP" ff00ff >"$RIG_DIR/desktop.txt" 2>&1 &
+    wait_until 5 desktop_shown || fail "the desktop window is not shown on every output"
+}
+export XDG_SESSION_TYPE=wayland
+
+every_output_shows() { # COLOUR
+    local output
+    for output in $(compositor_outputs); do
+        [ "$(output_colour "$output")" = "$1" ] || return 1
+    done
+}
+desktop_shown() { every_output_shows "$desktop"; }
+blank_shown() { every_output_shows "$blank"; }
+# Every output shows something other than the desktop, the compositor's blank and black.
+lock_shown() {
+    local output colour
+    for output in $(compositor_outputs); do
+        colour=$(output_colour "$output")
+        [ "$colour" != "$desktop" ] && [ "$colour" != "$blank" ] &&
+            [ "$colour" != 'srgb(0,0,0)' ] || return 1
+    done
+}
+# stays SECONDS CHECK WHAT: CHECK holds all that time, else the test fails with WHAT.
+stays() {
+    local deadline=$(($(now_us) + $(awk "BEGIN { print int($1 * 1000000) }")))
+    while (($(now_us) < deadline)); do
+        "$2" || fail "$3"
+    done
+}
+# Lines of Tessarine's log (over every start) that hold TEXT.
+log_count() {
+    local count
+    count=$(grep -c -- "$1" "$RIG_DIR/tessarine.log" 2>/dev/null)
+    echo "${count:-0}"
+}
+# Started, with its tray icon, and said it locks through the compositor.
+start_tessarine_in_session() {
+    local said=$(log_count "locked through its compositor")
+    start_tessarine
+    wait_until 10 tray_icon_embedded || fail "no tray icon"
+    wait_until 3 [ "$(log_count "locked through its compositor")" -gt "$said" ] ||
+        fail "Tessarine did not take the compositor's lock"
+}
+# Types the password until the desktop shows again: wtype's first key is now and then lost to
+# the keyboard's set-up under load, and a password typed whole after the lost key still unlocks.
+unlock_with_password() { # WHAT
+    wayland_type k3y
+    wait_until 5 desktop_shown && return 0
+    wayland_type k3y
+    wait_until 5 desktop_shown || fail "$1: the password did not unlock"
+}
