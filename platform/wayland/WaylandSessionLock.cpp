@@ -1,6 +1,7 @@
 #include "platform/wayland/WaylandSessionLock.h"
 
 #include "ext-session-lock-v1-client-protocol.h"
+#include "platform/wayland/WaylandLockPointer.h"
 
 #include <QSocketNotifier>
 
@@ -10,6 +11,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -24,6 +26,13 @@ struct Output
     wl_surface* surface = nullptr;
     ext_session_lock_surface_v1* lockSurface = nullptr;
     QSize size;
+    // What wl_output said; the pending scale counts from its `done`.
+    QString outputName;
+    QPoint position;
+    int scale = 1;
+    int pendingScale = 1;
+
+    WaylandOutputView view() const { return {name, outputName, position, size, scale}; }
 
     ~Output()
     {
@@ -77,15 +86,25 @@ void paint(Output& output)
 {
     if (!output.surface || output.size.isEmpty() || !output.painter || !*output.painter)
         return;
+    // The buffer has the output's own pixels (size × scale) so that text is as sharp as the
+    // output can show it; the compositor then scales nothing.
+    const bool scalable =
+        wl_surface_get_version(output.surface) >= WL_SURFACE_SET_BUFFER_SCALE_SINCE_VERSION;
+    const int scale = scalable ? output.scale : 1;
+    const QSize pixels = output.size * scale;
     // A lock surface without a buffer gets no keys: something is always shown.
-    QImage picture = (*output.painter)(output.size);
-    if (picture.size() != output.size) {
-        picture = QImage(output.size, QImage::Format_RGB32);
+    WaylandOutputView view = output.view();
+    view.scale = scale;
+    QImage picture = (*output.painter)(view);
+    if (picture.size() != pixels) {
+        picture = QImage(pixels, QImage::Format_RGB32);
         picture.fill(Qt::black);
     }
     wl_buffer* buffer = bufferOf(output.shm, picture);
     if (!buffer)
         return;
+    if (scalable)
+        wl_surface_set_buffer_scale(output.surface, scale);
     wl_surface_attach(output.surface, buffer, 0, 0);
     wl_surface_damage_buffer(output.surface, 0, 0, INT32_MAX, INT32_MAX);
     wl_surface_commit(output.surface);
@@ -101,6 +120,49 @@ void lockSurfaceConfigure(void* data, ext_session_lock_surface_v1* surface, uint
 }
 const ext_session_lock_surface_v1_listener lockSurfaceListener{lockSurfaceConfigure};
 
+WaylandSessionLock::PointerAction pointerActionOf(WaylandLockPointer::Action action)
+{
+    switch (action) {
+    case WaylandLockPointer::Action::Press:
+        return WaylandSessionLock::PointerAction::Press;
+    case WaylandLockPointer::Action::Release:
+        return WaylandSessionLock::PointerAction::Release;
+    case WaylandLockPointer::Action::Leave:
+        return WaylandSessionLock::PointerAction::Leave;
+    case WaylandLockPointer::Action::Motion:
+        break;
+    }
+    return WaylandSessionLock::PointerAction::Motion;
+}
+
+// What tells the program's screens apart (the name, the position) and the scale to draw at.
+void outputGeometry(void* data, wl_output*, int32_t x, int32_t y, int32_t, int32_t, int32_t,
+                    const char*, const char*, int32_t)
+{
+    static_cast<Output*>(data)->position = QPoint(x, y);
+}
+void outputMode(void*, wl_output*, uint32_t, int32_t, int32_t, int32_t) {}
+void outputDone(void* data, wl_output*)
+{
+    auto* output = static_cast<Output*>(data);
+    if (output->pendingScale == output->scale)
+        return;
+    // A new scale: the picture is drawn again at once with the output's new pixels.
+    output->scale = output->pendingScale;
+    paint(*output);
+}
+void outputScale(void* data, wl_output*, int32_t factor)
+{
+    static_cast<Output*>(data)->pendingScale = std::max(1, int(factor));
+}
+void outputName(void* data, wl_output*, const char* name)
+{
+    static_cast<Output*>(data)->outputName = QString::fromUtf8(name);
+}
+void outputDescription(void*, wl_output*, const char*) {}
+const wl_output_listener outputListener{outputGeometry, outputMode, outputDone,
+                                        outputScale,    outputName, outputDescription};
+
 } // namespace
 
 struct WaylandSessionLock::State
@@ -112,6 +174,7 @@ struct WaylandSessionLock::State
     wl_shm* shm = nullptr;
     wl_seat* seat = nullptr;
     wl_keyboard* keyboard = nullptr;
+    std::unique_ptr<WaylandLockPointer> pointer;
     ext_session_lock_manager_v1* manager = nullptr;
     ext_session_lock_v1* lock = nullptr;
     bool locked = false;
@@ -127,6 +190,7 @@ struct WaylandSessionLock::State
         notifier.reset();
         outputs.clear();
         // Every proxy is ours to free; disconnecting frees none of them.
+        pointer.reset();
         if (keyboard)
             wl_keyboard_release(keyboard);
         // A lock still held stays held: its proxy is freed here without a word to the
@@ -193,8 +257,10 @@ struct WaylandSessionLock::State
             output->painter = &s->painter;
             output->shm = s->shm;
             output->name = name;
+            // Version 4 names the output, which is how the program's screens are matched.
             output->output = static_cast<wl_output*>(
-                wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 3u)));
+                wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 4u)));
+            wl_output_add_listener(output->output, &outputListener, output.get());
             // An output that comes while locked is covered before it shows anything.
             s->addLockSurface(*output);
             s->outputs.push_back(std::move(output));
@@ -238,6 +304,27 @@ struct WaylandSessionLock::State
         } else if (!keyboard && s->keyboard) {
             wl_keyboard_release(s->keyboard);
             s->keyboard = nullptr;
+        }
+        const bool pointer = capabilities & WL_SEAT_CAPABILITY_POINTER;
+        if (pointer && !s->pointer) {
+            s->pointer = std::make_unique<WaylandLockPointer>(
+                seat, [s](WaylandLockPointer::Action action, wl_surface* surface, QPointF at,
+                          int button) { s->pointerMoved(action, surface, at, button); });
+        } else if (!pointer) {
+            s->pointer.reset();
+        }
+    }
+    // Security: only our own lock surfaces carry pointer events here (the compositor shows
+    // nothing else while locked); an event for a surface that is not one of them (one already
+    // destroyed) is dropped.
+    void pointerMoved(WaylandLockPointer::Action action, wl_surface* surface, QPointF at,
+                      int button)
+    {
+        for (const auto& output : outputs) {
+            if (output->surface && output->surface == surface) {
+                emit owner->pointerEvent(pointerActionOf(action), output->view(), at, button);
+                return;
+            }
         }
     }
     static void seatName(void*, wl_seat*, const char*) {}
