@@ -218,6 +218,10 @@ struct WaylandSessionLock::State
     {
         if (!lock || output.lockSurface)
             return;
+        // Nothing is drawn on the new surface before its own configure: the size of an earlier
+        // lock's surface would have a buffer attached too early, which the compositor takes as
+        // a protocol error.
+        output.size = QSize();
         output.surface = wl_compositor_create_surface(compositor);
         output.lockSurface =
             ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
