@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
-#include <QPainter>
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 
@@ -46,34 +45,47 @@ int qtKeyOf(quint32 keysym, const QString& text)
 
 WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
 {
-    m_lock.setPainter([this](QSize size) { return picture(size); });
+    m_lock.setPainter([this](const WaylandOutputView& view) { return m_windows.picture(view); });
     connect(&m_lock, &WaylandSessionLock::keyPressed, this, &WaylandScreenShield::deliverKey);
-    // `locked` comes after makeKey has returned, and the caller's retries only ask whether the
-    // lock holds: the repainting starts here, or the lock surfaces would keep their first picture.
-    connect(&m_lock, &WaylandSessionLock::locked, this, [this] {
-        if (m_keyWindow && !m_repaint.isActive()) {
-            m_lock.repaint();
-            m_repaint.start();
-        }
-    });
+    connect(&m_lock, &WaylandSessionLock::pointerEvent, this,
+            [this](WaylandSessionLock::PointerAction action, const WaylandOutputView& view,
+                   QPointF position,
+                   int button) { m_windows.pointer(action, view, position, button); });
     connect(&m_lock, &WaylandSessionLock::finished, this, [this] {
         m_repaint.stop();
+        m_windows.reset();
         if (m_holdLost)
             m_holdLost();
     });
     // The clock, the battery and the password field change while locked: the lock surfaces show
-    // the window as it is now, a few times a second.
+    // the windows as they are now, up to ten times a second, drawn again only when one of them
+    // changed (drawing every output at scale 2 takes the better part of 100 ms on a slow
+    // machine, and keys wait meanwhile), and every five seconds all the same.
     m_repaint.setInterval(100);
     connect(&m_repaint, &QTimer::timeout, this, [this] {
-        // More often while the opening fades in (0.4 s), so that the fade is seen as one.
-        m_repaint.setInterval(m_keyWindow && m_keyWindow->windowOpacity() < 1 ? 40 : 100);
-        m_lock.repaint();
+        // More often, and every time, while the opening fades in (0.4 s), so that the fade is
+        // seen as one.
+        const bool fading = m_keyWindow && m_keyWindow->windowOpacity() < 1;
+        m_repaint.setInterval(fading ? 40 : 100);
+        if (fading || m_windows.takeChanged() || ++m_quietTicks >= 50) {
+            m_quietTicks = 0;
+            m_lock.repaint();
+        }
+    });
+    // The lock holds a moment after it is asked for, when no caller may ask again (the lock
+    // screen's retry finds it held and asks nothing more): the refreshing starts then.
+    connect(&m_lock, &WaylandSessionLock::locked, this, [this] {
+        if (!m_repaint.isActive()) {
+            m_lock.repaint();
+            m_repaint.start();
+        }
     });
 }
 
 bool WaylandScreenShield::makeKey(QWidget* window)
 {
     m_keyWindow = window;
+    m_windows.setKeyWindow(window);
     // Asked once; until the compositor says `locked` the caller's retries find it not held yet.
     m_lock.lock();
     if (m_lock.isLocked() && !m_repaint.isActive()) {
@@ -91,26 +103,14 @@ bool WaylandScreenShield::grabPointer(QWidget*)
 void WaylandScreenShield::releaseGrabs()
 {
     m_repaint.stop();
+    m_windows.reset();
     m_lock.unlock();
 }
 
-void WaylandScreenShield::keepAbove(const QList<QWidget*>&)
+void WaylandScreenShield::keepAbove(const QList<QWidget*>& windows)
 {
-    // Nothing can be above a lock surface.
-}
-
-QImage WaylandScreenShield::picture(QSize size) const
-{
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(Qt::black);
-    if (m_keyWindow) {
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        // The opening fades the lock screen in over the blank outputs.
-        painter.setOpacity(m_keyWindow->windowOpacity());
-        painter.drawPixmap(image.rect(), m_keyWindow->grab());
-    }
-    return image;
+    // Nothing can be above a lock surface; the list tells which window each output shows.
+    m_windows.setWindows(windows);
 }
 
 void WaylandScreenShield::deliverKey(const QString& text, quint32 keysym, quint32 keycode,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ScreenShield.h"
+#include "platform/wayland/WaylandOutputWindows.h"
 #include "platform/wayland/WaylandSessionLock.h"
 
 #include <QPointer>
@@ -13,8 +14,9 @@
 // and no output shows anything but the lock surfaces; should this program die, the compositor
 // keeps the session locked. "Holding the keyboard" here means the compositor's lock holds; the
 // lock window's keys come from the lock surfaces and are delivered to it as key events, so the
-// password path is the one X11 uses. The window itself is drawn off screen and shown through the
-// lock surfaces.
+// password path is the one X11 uses. The windows themselves are drawn off screen, each output's
+// own at that output's scale, and shown through the lock surfaces; clicks on a lock surface reach
+// the widget under the point of that output's window (WaylandOutputWindows).
 class WaylandScreenShield final : public QObject, public ScreenShield
 {
     Q_OBJECT
@@ -38,10 +40,11 @@ public:
 
 private:
     void deliverKey(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);
-    QImage picture(QSize size) const;
 
     WaylandSessionLock m_lock;
+    WaylandOutputWindows m_windows;
     QPointer<QWidget> m_keyWindow;
     QTimer m_repaint;
+    int m_quietTicks = 0;
     std::function<void()> m_holdLost;
 };

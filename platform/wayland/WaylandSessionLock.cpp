@@ -4,6 +4,7 @@
 
 #include "ext-session-lock-v1-client-protocol.h"
 #include "platform/Log.h"
+#include "platform/wayland/WaylandLockPointer.h"
 
 #include <QSocketNotifier>
 
@@ -13,6 +14,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <vector>
@@ -28,6 +30,13 @@ struct Output
     wl_surface* surface = nullptr;
     ext_session_lock_surface_v1* lockSurface = nullptr;
     QSize size;
+    // What wl_output said; the pending scale counts from its `done`.
+    QString outputName;
+    QPoint position;
+    int scale = 1;
+    int pendingScale = 1;
+
+    WaylandOutputView view() const { return {name, outputName, position, size, scale}; }
 
     ~Output()
     {
@@ -81,15 +90,25 @@ void paint(Output& output)
 {
     if (!output.surface || output.size.isEmpty() || !output.painter || !*output.painter)
         return;
+    // The buffer has the output's own pixels (size × scale) so that text is as sharp as the
+    // output can show it; the compositor then scales nothing.
+    const bool scalable =
+        wl_surface_get_version(output.surface) >= WL_SURFACE_SET_BUFFER_SCALE_SINCE_VERSION;
+    const int scale = scalable ? output.scale : 1;
+    const QSize pixels = output.size * scale;
     // A lock surface without a buffer gets no keys: something is always shown.
-    QImage picture = (*output.painter)(output.size);
-    if (picture.size() != output.size) {
-        picture = QImage(output.size, QImage::Format_RGB32);
+    WaylandOutputView view = output.view();
+    view.scale = scale;
+    QImage picture = (*output.painter)(view);
+    if (picture.size() != pixels) {
+        picture = QImage(pixels, QImage::Format_RGB32);
         picture.fill(Qt::black);
     }
     wl_buffer* buffer = bufferOf(output.shm, picture);
     if (!buffer)
         return;
+    if (scalable)
+        wl_surface_set_buffer_scale(output.surface, scale);
     wl_surface_attach(output.surface, buffer, 0, 0);
     wl_surface_damage_buffer(output.surface, 0, 0, INT32_MAX, INT32_MAX);
     wl_surface_commit(output.surface);
@@ -105,6 +124,49 @@ void lockSurfaceConfigure(void* data, ext_session_lock_surface_v1* surface, uint
 }
 const ext_session_lock_surface_v1_listener lockSurfaceListener{lockSurfaceConfigure};
 
+WaylandSessionLock::PointerAction pointerActionOf(WaylandLockPointer::Action action)
+{
+    switch (action) {
+    case WaylandLockPointer::Action::Press:
+        return WaylandSessionLock::PointerAction::Press;
+    case WaylandLockPointer::Action::Release:
+        return WaylandSessionLock::PointerAction::Release;
+    case WaylandLockPointer::Action::Leave:
+        return WaylandSessionLock::PointerAction::Leave;
+    case WaylandLockPointer::Action::Motion:
+        break;
+    }
+    return WaylandSessionLock::PointerAction::Motion;
+}
+
+// What tells the program's screens apart (the name, the position) and the scale to draw at.
+void outputGeometry(void* data, wl_output*, int32_t x, int32_t y, int32_t, int32_t, int32_t,
+                    const char*, const char*, int32_t)
+{
+    static_cast<Output*>(data)->position = QPoint(x, y);
+}
+void outputMode(void*, wl_output*, uint32_t, int32_t, int32_t, int32_t) {}
+void outputDone(void* data, wl_output*)
+{
+    auto* output = static_cast<Output*>(data);
+    if (output->pendingScale == output->scale)
+        return;
+    // A new scale: the picture is drawn again at once with the output's new pixels.
+    output->scale = output->pendingScale;
+    paint(*output);
+}
+void outputScale(void* data, wl_output*, int32_t factor)
+{
+    static_cast<Output*>(data)->pendingScale = std::max(1, int(factor));
+}
+void outputName(void* data, wl_output*, const char* name)
+{
+    static_cast<Output*>(data)->outputName = QString::fromUtf8(name);
+}
+void outputDescription(void*, wl_output*, const char*) {}
+const wl_output_listener outputListener{outputGeometry, outputMode, outputDone,
+                                        outputScale,    outputName, outputDescription};
+
 } // namespace
 
 struct WaylandSessionLock::State
@@ -116,15 +178,12 @@ struct WaylandSessionLock::State
     wl_shm* shm = nullptr;
     wl_seat* seat = nullptr;
     wl_keyboard* keyboard = nullptr;
+    std::unique_ptr<WaylandLockPointer> pointer;
     ext_session_lock_manager_v1* manager = nullptr;
     ext_session_lock_v1* lock = nullptr;
     bool locked = false;
     std::vector<std::unique_ptr<Output>> outputs;
-    // The owner's painter, and the one the outputs call: outputs of one size painted in the same
-    // turn (one reading of the compositor's events, or one repaint) share one picture.
-    Painter source;
     Painter painter;
-    QImage shared;
     std::unique_ptr<QSocketNotifier> notifier;
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     xkb_keymap* keymap = nullptr;
@@ -136,6 +195,7 @@ struct WaylandSessionLock::State
         notifier.reset();
         outputs.clear();
         // Every proxy is ours to free; disconnecting frees none of them.
+        pointer.reset();
         if (keyboard)
             wl_keyboard_release(keyboard);
         // A lock still held stays held: its proxy is freed here without a word to the
@@ -163,8 +223,9 @@ struct WaylandSessionLock::State
     {
         if (!lock || output.lockSurface)
             return;
-        // A new surface is painted only once the compositor has configured it (a buffer before
-        // that is a protocol error); the size of an earlier lock's surface does not count.
+        // Nothing is drawn on the new surface before its own configure: the size of an earlier
+        // lock's surface would have a buffer attached too early, which the compositor takes as
+        // a protocol error.
         output.size = QSize();
         output.surface = wl_compositor_create_surface(compositor);
         output.lockSurface =
@@ -178,7 +239,6 @@ struct WaylandSessionLock::State
             wl_display_dispatch_pending(display);
         wl_display_read_events(display);
         wl_display_dispatch_pending(display);
-        shared = QImage();
         wl_display_flush(display);
         if (wl_display_get_error(display) != 0) {
             // The compositor went away, or took offence: the lock is no longer ours to keep.
@@ -206,8 +266,10 @@ struct WaylandSessionLock::State
             output->painter = &s->painter;
             output->shm = s->shm;
             output->name = name;
+            // Version 4 names the output, which is how the program's screens are matched.
             output->output = static_cast<wl_output*>(
-                wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 3u)));
+                wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 4u)));
+            wl_output_add_listener(output->output, &outputListener, output.get());
             // An output that comes while locked is covered before it shows anything.
             s->addLockSurface(*output);
             s->outputs.push_back(std::move(output));
@@ -258,6 +320,27 @@ struct WaylandSessionLock::State
         } else if (!keyboard && s->keyboard) {
             wl_keyboard_release(s->keyboard);
             s->keyboard = nullptr;
+        }
+        const bool pointer = capabilities & WL_SEAT_CAPABILITY_POINTER;
+        if (pointer && !s->pointer) {
+            s->pointer = std::make_unique<WaylandLockPointer>(
+                seat, [s](WaylandLockPointer::Action action, wl_surface* surface, QPointF at,
+                          int button) { s->pointerMoved(action, surface, at, button); });
+        } else if (!pointer) {
+            s->pointer.reset();
+        }
+    }
+    // Security: only our own lock surfaces carry pointer events here (the compositor shows
+    // nothing else while locked); an event for a surface that is not one of them (one already
+    // destroyed) is dropped.
+    void pointerMoved(WaylandLockPointer::Action action, wl_surface* surface, QPointF at,
+                      int button)
+    {
+        for (const auto& output : outputs) {
+            if (output->surface && output->surface == surface) {
+                emit owner->pointerEvent(pointerActionOf(action), output->view(), at, button);
+                return;
+            }
         }
     }
     static void seatName(void*, wl_seat*, const char*) {}
@@ -351,15 +434,7 @@ bool WaylandSessionLock::isConnected() const
 
 void WaylandSessionLock::setPainter(Painter painter)
 {
-    m->source = std::move(painter);
-    m->painter = nullptr;
-    if (m->source) {
-        m->painter = [s = m.get()](QSize size) {
-            if (s->shared.size() != size)
-                s->shared = s->source(size);
-            return s->shared;
-        };
-    }
+    m->painter = std::move(painter);
 }
 
 void WaylandSessionLock::lock()
@@ -404,7 +479,6 @@ void WaylandSessionLock::repaint()
 {
     for (auto& output : m->outputs)
         paint(*output);
-    m->shared = QImage();
     if (m->display)
         wl_display_flush(m->display);
 }

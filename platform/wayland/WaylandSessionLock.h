@@ -2,6 +2,8 @@
 
 #include <QImage>
 #include <QObject>
+#include <QPoint>
+#include <QPointF>
 #include <QSize>
 #include <QString>
 
@@ -13,15 +15,40 @@
 // for and keeps the session locked, blanked, until unlock() after the password, even when this
 // program dies (a restarted Tessarine may then take the lock over).
 //
+// One output as the compositor describes it: enough to tell which of the program's screens it
+// is and how to draw for it.
+struct WaylandOutputView
+{
+    // The registry's name of the wl_output global: the same output while it stays.
+    quint32 id = 0;
+    // wl_output's name (version 4: "HEADLESS-1", "DP-2"); empty from older compositors.
+    QString name;
+    // Its top-left corner in the compositor's global space.
+    QPoint position;
+    // The lock surface's size as configured, in the compositor's logical pixels.
+    QSize size;
+    // wl_output's integer scale: the picture has size × scale pixels.
+    int scale = 1;
+};
+
 // Each output gets a lock surface; when the compositor gives it a size, the painter is asked for
-// a picture of that size, which is shown there. Keys reach only the lock surfaces: each pressed
-// key is reported with the text it types, read through xkbcommon with the compositor's keymap.
+// a picture of that output, size × scale pixels, which is shown there at the output's scale.
+// Keys reach only the lock surfaces: each pressed key is reported with the text it types, read
+// through xkbcommon with the compositor's keymap. Pointer events on a lock surface are reported
+// with its output and the point in the surface's logical coordinates.
 class WaylandSessionLock : public QObject
 {
     Q_OBJECT
 public:
-    // A picture for one output of the given size in pixels.
-    using Painter = std::function<QImage(QSize)>;
+    // A picture for one output, of view.size × view.scale pixels.
+    using Painter = std::function<QImage(const WaylandOutputView& view)>;
+    enum class PointerAction
+    {
+        Motion,
+        Press,
+        Release,
+        Leave
+    };
 
     explicit WaylandSessionLock(QObject* parent = nullptr);
     ~WaylandSessionLock() override;
@@ -52,6 +79,10 @@ signals:
     // A key pressed on a lock surface: the text it types (composing is the receiver's), its
     // keysym and X key code, and whether Caps Lock is on.
     void keyPressed(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);
+    // The pointer on the lock surface of that output: moved (or come in), a button pressed or
+    // released (Qt's button), or gone from the surface.
+    void pointerEvent(WaylandSessionLock::PointerAction action, const WaylandOutputView& view,
+                      QPointF position, int button);
 
 private:
     struct State;

@@ -18,8 +18,8 @@ int main(int argc, char** argv)
         std::printf("no lock protocol\n");
         return 1;
     }
-    lock.setPainter([colour](QSize size) {
-        QImage picture(size, QImage::Format_RGB32);
+    lock.setPainter([colour](const WaylandOutputView& view) {
+        QImage picture(view.size * view.scale, QImage::Format_RGB32);
         picture.fill(colour);
         return picture;
     });

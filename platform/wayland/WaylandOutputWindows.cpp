@@ -1,0 +1,285 @@
+#include "platform/wayland/WaylandOutputWindows.h"
+
+#include <QCoreApplication>
+#include <QEnterEvent>
+#include <QGraphicsOpacityEffect>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+
+#include <utility>
+
+namespace {
+
+// The widget and its parents up to its window, innermost first.
+QList<QWidget*> chainOf(QWidget* widget)
+{
+    QList<QWidget*> chain;
+    for (QWidget* w = widget; w; w = w->isWindow() ? nullptr : w->parentWidget())
+        chain.append(w);
+    return chain;
+}
+
+// Qt 6.4's QWidget::render draws a child whose opacity effect is fully opaque at twice its
+// offset (the password field once faded in lands far from its place). Such an effect changes
+// nothing, so it is off while a view is drawn: with enabled false, the effects found idle are
+// switched off and returned; with true, the given ones are switched on again.
+QList<QGraphicsEffect*> setIdleEffectsEnabled(QWidget* window,
+                                              const QList<QGraphicsEffect*>& effects, bool enabled)
+{
+    if (enabled) {
+        for (QGraphicsEffect* effect : effects)
+            effect->setEnabled(true);
+        return {};
+    }
+    QList<QGraphicsEffect*> idle;
+    for (QWidget* child : window->findChildren<QWidget*>()) {
+        auto* opacity = qobject_cast<QGraphicsOpacityEffect*>(child->graphicsEffect());
+        if (opacity && opacity->isEnabled() && qFuzzyCompare(opacity->opacity(), 1.0) &&
+            opacity->opacityMask().style() == Qt::NoBrush) {
+            opacity->setEnabled(false);
+            idle.append(opacity);
+        }
+    }
+    return idle;
+}
+
+} // namespace
+
+void WaylandOutputWindows::setKeyWindow(QWidget* window)
+{
+    if (m_keyWindow)
+        m_keyWindow->removeEventFilter(this);
+    m_keyWindow = window;
+    if (window)
+        window->installEventFilter(this);
+    m_changed = true;
+}
+
+void WaylandOutputWindows::setWindows(const QList<QWidget*>& windows)
+{
+    for (const auto& window : std::as_const(m_windows)) {
+        if (window && window != m_keyWindow)
+            window->removeEventFilter(this);
+    }
+    m_windows.clear();
+    for (QWidget* window : windows) {
+        m_windows.append(window);
+        window->installEventFilter(this);
+    }
+    m_changed = true;
+}
+
+bool WaylandOutputWindows::takeChanged()
+{
+    return std::exchange(m_changed, false);
+}
+
+bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
+{
+    // Whatever changes in a window (a widget updated, shown, hidden, moved) asks Qt to paint
+    // the window again, with one UpdateRequest to it; the views follow those and nothing else,
+    // so an unchanged lock screen costs no drawing at all.
+    if (!m_drawing && (event->type() == QEvent::UpdateRequest || event->type() == QEvent::Show ||
+                       event->type() == QEvent::Hide || event->type() == QEvent::Move ||
+                       event->type() == QEvent::Resize))
+        m_changed = true;
+    return QObject::eventFilter(watched, event);
+}
+
+int WaylandOutputWindows::matchingScreen(const WaylandOutputView& view,
+                                         const QList<std::pair<QString, QRect>>& screens)
+{
+    if (!view.name.isEmpty()) {
+        for (int index = 0; index < screens.size(); ++index) {
+            if (screens.at(index).first == view.name)
+                return index;
+        }
+        // wlroots compositors name every output and put each at 0,0 in wl_output's geometry:
+        // where there is a name, the position says nothing.
+        return -1;
+    }
+    for (int index = 0; index < screens.size(); ++index) {
+        if (screens.at(index).second.topLeft() == view.position)
+            return index;
+    }
+    return -1;
+}
+
+QRect WaylandOutputWindows::screenGeometry(const WaylandOutputView& view) const
+{
+    QList<std::pair<QString, QRect>> screens;
+    for (const QScreen* screen : QGuiApplication::screens())
+        screens.append({screen->name(), screen->geometry()});
+    const int index = matchingScreen(view, screens);
+    if (index >= 0)
+        return screens.at(index).second;
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    return primary ? primary->geometry() : QRect(QPoint(0, 0), view.size);
+}
+
+QWidget* WaylandOutputWindows::windowFor(const QRect& screen) const
+{
+    const QPoint centre = screen.center();
+    for (auto window = m_windows.crbegin(); window != m_windows.crend(); ++window) {
+        if (*window && (*window)->isVisible() && (*window)->geometry().contains(centre))
+            return *window;
+    }
+    // Before the list is known (or once it is cleared) the primary lock window is all there is.
+    if (m_keyWindow && m_keyWindow->geometry().contains(centre))
+        return m_keyWindow;
+    return nullptr;
+}
+
+QImage WaylandOutputWindows::picture(const WaylandOutputView& view)
+{
+    QImage image(view.size * view.scale, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    const QRect screen = screenGeometry(view);
+    QWidget* window = windowFor(screen);
+    if (!window || screen.isEmpty())
+        return image;
+    // Drawn, not grabbed and scaled: the widgets paint themselves onto an image of the output's
+    // own pixels (device pixel ratio = scale), so text and lines are as sharp as the output shows.
+    QImage part(screen.size() * view.scale, QImage::Format_RGB32);
+    part.setDevicePixelRatio(view.scale);
+    part.fill(Qt::black);
+    const QRect shown = screen.intersected(window->geometry());
+    const QPoint windowOrigin = window->geometry().topLeft();
+    const QList<QGraphicsEffect*> idle = setIdleEffectsEnabled(window, {}, false);
+    window->render(&part, shown.topLeft() - screen.topLeft(),
+                   QRegion(shown.translated(-windowOrigin)));
+    setIdleEffectsEnabled(window, idle, true);
+    // Switching the effects asked for the window to be painted again, which is no change of
+    // the view: the request is served now, unheard.
+    m_drawing = true;
+    QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
+    m_drawing = false;
+    part.setDevicePixelRatio(1);
+    // The opening fades the lock screen in over the blank outputs.
+    const qreal opacity = window->windowOpacity();
+    if (screen.size() == view.size && opacity >= 1)
+        return part;
+    // Else the screen and the lock surface may disagree on the size (a fractional scale
+    // rounded): the view is fitted to the surface.
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setOpacity(opacity);
+    painter.drawImage(image.rect(), part);
+    return image;
+}
+
+QWidget* WaylandOutputWindows::widgetAt(const QRect& screen, QPointF global) const
+{
+    QWidget* window = windowFor(screen);
+    if (!window || !window->geometry().contains(global.toPoint()))
+        return nullptr;
+    QWidget* child = window->childAt(global.toPoint() - window->geometry().topLeft());
+    return child ? child : window;
+}
+
+void WaylandOutputWindows::send(QWidget* target, QEvent::Type type, QPointF global, int button)
+{
+    QWidget* window = target->window();
+    const QPointF inWindow = global - QPointF(window->geometry().topLeft());
+    const QPointF local = target->mapFrom(window, inWindow);
+    QMouseEvent event(type, local, inWindow, global, Qt::MouseButton(button), m_buttons,
+                      Qt::NoModifier);
+    // Qt hands the event on to the parents that want it, as it does with the server's clicks.
+    QCoreApplication::sendEvent(target, &event);
+}
+
+void WaylandOutputWindows::hover(QWidget* widget, QPointF global)
+{
+    if (widget == m_hovered)
+        return;
+    const QList<QWidget*> left = chainOf(m_hovered);
+    const QList<QWidget*> entered = chainOf(widget);
+    for (QWidget* w : left) {
+        if (entered.contains(w))
+            continue;
+        w->setAttribute(Qt::WA_UnderMouse, false);
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(w, &leave);
+        if (w->testAttribute(Qt::WA_Hover)) {
+            QHoverEvent hoverLeave(QEvent::HoverLeave, QPointF(-1, -1), global, QPointF());
+            QCoreApplication::sendEvent(w, &hoverLeave);
+        }
+    }
+    for (auto w = entered.crbegin(); w != entered.crend(); ++w) {
+        if (left.contains(*w))
+            continue;
+        (*w)->setAttribute(Qt::WA_UnderMouse, true);
+        const QPointF local = (*w)->mapFromGlobal(global);
+        QEnterEvent enter(local, local, global);
+        QCoreApplication::sendEvent(*w, &enter);
+        if ((*w)->testAttribute(Qt::WA_Hover)) {
+            QHoverEvent hoverEnter(QEvent::HoverEnter, local, global, QPointF(-1, -1));
+            QCoreApplication::sendEvent(*w, &hoverEnter);
+        }
+        (*w)->update();
+    }
+    for (QWidget* w : left)
+        w->update();
+    m_hovered = widget;
+}
+
+void WaylandOutputWindows::pointer(WaylandSessionLock::PointerAction action,
+                                   const WaylandOutputView& view, QPointF position, int button)
+{
+    using Action = WaylandSessionLock::PointerAction;
+    if (action == Action::Leave) {
+        if (!m_pressed)
+            hover(nullptr, {});
+        return;
+    }
+    const QRect screen = screenGeometry(view);
+    if (view.size.isEmpty() || screen.isEmpty())
+        return;
+    // The lock surface's logical point on the matching screen (both normally the same size).
+    const QPointF global(screen.x() + position.x() * screen.width() / view.size.width(),
+                         screen.y() + position.y() * screen.height() / view.size.height());
+    QWidget* under = widgetAt(screen, global);
+    switch (action) {
+    case Action::Motion:
+        // While a button is held the widget it was pressed on follows the pointer, as under an
+        // implicit grab.
+        if (m_pressed) {
+            send(m_pressed, QEvent::MouseMove, global, Qt::NoButton);
+            return;
+        }
+        hover(under, global);
+        if (under)
+            send(under, QEvent::MouseMove, global, Qt::NoButton);
+        return;
+    case Action::Press:
+        if (!m_pressed) {
+            hover(under, global);
+            m_pressed = under;
+        }
+        if (!m_pressed)
+            return;
+        m_buttons |= Qt::MouseButton(button);
+        send(m_pressed, QEvent::MouseButtonPress, global, button);
+        return;
+    case Action::Release:
+        m_buttons &= ~Qt::MouseButtons(Qt::MouseButton(button));
+        if (m_pressed)
+            send(m_pressed, QEvent::MouseButtonRelease, global, button);
+        if (m_buttons == Qt::NoButton) {
+            m_pressed = nullptr;
+            hover(widgetAt(screen, global), global);
+        }
+        return;
+    case Action::Leave:
+        break;
+    }
+}
+
+void WaylandOutputWindows::reset()
+{
+    m_pressed = nullptr;
+    m_buttons = Qt::NoButton;
+    hover(nullptr, {});
+}

@@ -1,0 +1,137 @@
+# Each output of a Wayland session shows its own view of the lock screen at its own scale, and
+# clicks on a lock surface reach the lock screen's buttons (sway only: labwc has no command that
+# moves or clicks its cursor).
+#
+# Sway runs headless with two outputs: HEADLESS-2 at scale 2 (2560x1600 pixels, 1280x800 in the
+# layout) and HEADLESS-1 at scale 1 (1024x768) beside it. Tessarine's X server has the two
+# displays XWayland would show, named after the outputs, HEADLESS-2 primary and first in the X
+# screen while it is second among the compositor's outputs, so matching by order would fail.
+# Seen with grim from outside:
+#   - the primary output shows the lock window (the clock under the lock image, the battery),
+#     the other the cover (the lock image, no clock);
+#   - the scale-2 output's picture has detail finer than its logical pixels: the clock's edges
+#     differ within 2x2 blocks, where a picture drawn at scale 1 and scaled up would not;
+#   - a click on the background does not unlock, a click on do-not-disturb brings the password
+#     field (as on X11), and the password typed on the lock surface still unlocks.
+#   e2e_wayland_outputs.sh sway
+set -u
+compositor=$1
+source "$TESTS_DIR/rig/desktop.sh"
+source "$TESTS_DIR/rig/wayland.sh"
+if [ ! -x "$WAYLAND_CHROOT/usr/bin/$compositor" ]; then
+    echo "SKIPPED: no $compositor in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
+    exit 77
+fi
+[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
+desktop_start 2304x800 || fail "the desktop did not come up"
+# XWayland's view of the outputs below: one RandR monitor each, named after the output.
+xrandr --setmonitor '*HEADLESS-2' 1280/338x800/211+0+0 screen &&
+    xrandr --setmonitor HEADLESS-1 1024/270x768/203+1280+0 none || fail "no monitors"
+fake_power_supply
+write_password k3y
+convert -size 1280x800 xc:white "$RIG_DIR/light.png"
+write_options "<key>desktopImageType</key><integer>2</integer>
+<key>desktopImageURL</key><string>file://$RIG_DIR/light.png</string>
+<key>showTime</key><true/><key>showBattery</key><true/><key>showDoNotDisturb</key><true/>
+<key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
+<key>flat</key><false/>"
+compositor_start "$compositor"
+case $? in
+0) ;;
+2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
+*) fail "$compositor did not start" ;;
+esac
+in_chroot swaymsg output HEADLESS-2 mode 2560x1600 pos 0 0 scale 2 >/dev/null &&
+    in_chroot swaymsg output HEADLESS-1 mode 1024x768 pos 1280 0 scale 1 >/dev/null ||
+    fail "the outputs could not be set up"
+# Headless sway has no input device: a virtual one gives its seat a pointer to click with.
+"$WAYLAND_POINTER_DEVICE" >"$RIG_DIR/pointer.txt" 2>&1 &
+RIG_PIDS+=($!)
+wait_until 5 grep -q ready "$RIG_DIR/pointer.txt" || fail "no pointer device: $(cat "$RIG_DIR/pointer.txt")"
+export XDG_SESSION_TYPE=wayland
+"$WAYLAND_DESKTOP" ff00ff >"$RIG_DIR/desktop.txt" 2>&1 &
+desktop='srgb(255,0,255)'
+
+shot() { # OUTPUT NAME: grim's picture of the output, its path on the host
+    in_chroot grim -o "$1" "/tmp/$2.png" && echo "$WAYLAND_CHROOT/tmp/$2.png"
+}
+share_below() { # SHOT W H X Y LEVEL%
+    convert "$1" -crop "$2x$3+$4+$5" +repage -colorspace Gray -threshold "$6%" -negate \
+        -format '%[fx:mean]' info:
+}
+positive() { awk -v v="$1" 'BEGIN { exit !(v > 0) }'; }
+lock_shown() { # both outputs show something other than the desktop and the blank lock
+    local output colour
+    for output in HEADLESS-1 HEADLESS-2; do
+        colour=$(output_colour "$output")
+        [ "$colour" != "$desktop" ] && [ "$colour" != 'srgb(0,0,0)' ] || return 1
+    done
+}
+unlocked() { [ "$(output_colour HEADLESS-2)" = "$desktop" ]; }
+wait_until 5 unlocked || fail "the desktop window is not shown"
+
+start_tessarine
+wait_until 10 tray_icon_embedded || fail "no tray icon"
+wait_until 3 grep -q "this Wayland session is locked through its compositor" "$RIG_DIR/tessarine.log" ||
+    fail "Tessarine did not take the compositor's lock"
+"$TESSARINE" lock || fail "tessarine lock failed"
+wait_until 5 lock_shown || fail "not every output shows the lock screen"
+sleep 0.8 # the first paint of every view
+primary=$(shot HEADLESS-2 primary) || fail "no picture of HEADLESS-2"
+cover=$(shot HEADLESS-1 cover) || fail "no picture of HEADLESS-1"
+[ -n "${SCREENSHOT_DIR:-}" ] && mkdir -p "$SCREENSHOT_DIR" &&
+    cp "$primary" "$SCREENSHOT_DIR/wayland-primary.png" && cp "$cover" "$SCREENSHOT_DIR/wayland-cover.png"
+
+# Full resolution: grim's picture of the scale-2 output has its pixels, 2560x1600.
+[ "$(identify -format '%wx%h' "$primary")" = 2560x1600 ] ||
+    fail "HEADLESS-2's picture is $(identify -format '%wx%h' "$primary"), not 2560x1600"
+# The primary view: black clock text on the white picture under the lock image (the clock's
+# band of the 1280x800 layout, doubled), the lock image at the centre, the battery at the bottom.
+dark=$(share_below "$primary" 800 92 880 976 8)
+awk -v v="$dark" 'BEGIN { exit !(v > 0.01) }' || fail "no clock on the primary output ($dark)"
+positive "$(share_below "$primary" 120 120 1220 740 60)" || fail "no lock image on the primary output"
+positive "$(share_below "$primary" 120 60 1220 1430 50)" || fail "no battery on the primary output"
+# The cover: the lock image at its centre, and nothing where the primary has its clock.
+positive "$(share_below "$cover" 60 60 482 354 60)" || fail "no lock image on the cover"
+clock=$(share_below "$cover" 400 60 312 468 8)
+awk -v v="$clock" 'BEGIN { exit !(v == 0) }' || fail "the further output shows a clock ($clock): not its cover"
+positive "$(share_below "$cover" 200 80 412 660 50)" && fail "the further output shows the icon row"
+# Sharp at scale 2: point-sampling each 2x2 block and spreading it back over the block leaves a
+# picture scaled up from 1280x800 unchanged (0 pixels differ; about 20 if it was scaled up
+# smoothly); the clock drawn at 2560x1600 loses its fine edges (several hundred differ).
+convert "$primary" -crop 800x92+880+976 +repage "$RIG_DIR/clock.png"
+convert "$RIG_DIR/clock.png" -sample 50% -sample 200% "$RIG_DIR/clock-blocks.png"
+fine=$(compare -metric AE -fuzz 40% "$RIG_DIR/clock.png" "$RIG_DIR/clock-blocks.png" null: 2>&1)
+awk -v v="$fine" 'BEGIN { exit !(v > 200) }' ||
+    fail "the scale-2 output's clock has no detail finer than 2x2 pixels ($fine): scaled up, not drawn at scale 2"
+
+# Clicks: sway's cursor, moved and pressed through its seat, on the lock surfaces.
+# wl_seat capabilities: 1 is the pointer.
+pointer_ready() { in_chroot swaymsg -t get_seats -r | grep -q '"capabilities": [1357]\b'; }
+wait_until 3 pointer_ready || fail "the seat has no pointer"
+click() { # X Y in the layout (neither 0: sway leaves a 0 coordinate where it was)
+    in_chroot swaymsg seat seat0 cursor set "$1" "$2" >/dev/null &&
+        sleep 0.2 &&
+        in_chroot swaymsg seat seat0 cursor press button1 >/dev/null &&
+        in_chroot swaymsg seat seat0 cursor release button1 >/dev/null
+}
+field_shown() { # the password field under the clock: white with a dark frame, 400x32 pixels
+    local now
+    now=$(shot HEADLESS-2 field) &&
+        awk -v v="$(share_below "$now" 400 32 1080 1092 30)" 'BEGIN { exit !(v > 0.5) }'
+}
+field_shown && fail "the password field shows before any click"
+# On the background of each output: nothing happens, the lock stays.
+click 200 200 || fail "swaymsg could not click"
+click 1700 100 || fail "swaymsg could not click on HEADLESS-1"
+sleep 0.5
+lock_shown || fail "a click unlocked"
+field_shown && fail "a click on the background brought the password field"
+# On do-not-disturb, right of the battery: the password field comes.
+click 665 727 || fail "swaymsg could not click"
+wait_until 5 field_shown || fail "a click on do-not-disturb did not bring the password field"
+lock_shown || fail "the click on do-not-disturb unlocked"
+[ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT/tmp/field.png" "$SCREENSHOT_DIR/wayland-field.png"
+wayland_type k3y
+wait_until 5 unlocked || fail "the password did not unlock after the clicks"
+echo PASS
