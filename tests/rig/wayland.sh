@@ -24,10 +24,12 @@ compositor_start() {
     rm -rf "$WAYLAND_CHROOT/run/xdg"
     mkdir -p -m 700 "$WAYLAND_CHROOT/run/xdg"
     local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR=/run/xdg
-        WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2)
+        WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2
+        ${COMPOSITOR_BUS:+DBUS_SESSION_BUS_ADDRESS=$COMPOSITOR_BUS})
     case $which in
     sway)
-        printf 'output * bg #ff00ff solid_color\n' >"$WAYLAND_CHROOT/root/sway.cfg"
+        printf 'output * bg #ff00ff solid_color\n%s\n' "${SWAY_EXTRA_CONFIG:-}" \
+            >"$WAYLAND_CHROOT/root/sway.cfg"
         chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c /root/sway.cfg \
             >"${RIG_DIR:-/tmp}/sway.log" 2>&1 &
         COMPOSITOR_SOCKET=wayland-1
@@ -54,8 +56,24 @@ compositor_stop() {
     [ -n "$COMPOSITOR_PID" ] && kill "$COMPOSITOR_PID" 2>/dev/null && wait "$COMPOSITOR_PID" 2>/dev/null
     COMPOSITOR_PID=
     local mount
-    for mount in "${COMPOSITOR_MOUNTS[@]}"; do umount "$mount" 2>/dev/null || true; done
+    for mount in "${COMPOSITOR_MOUNTS[@]}"; do
+        umount "$mount" 2>/dev/null || true
+        # A socket's mount point is a file made for it; the tree's folders stay.
+        [ -f "$mount" ] && rm -f "$mount"
+    done
     COMPOSITOR_MOUNTS=()
+}
+
+# compositor_share_session_bus: called before compositor_start, gives the compositor and the
+# programs it starts (swaybar) the rig's session bus, its socket bound into the tree, as a
+# session's panel would have it.
+compositor_share_session_bus() {
+    local socket=${DBUS_SESSION_BUS_ADDRESS#unix:path=}
+    socket=${socket%%,*}
+    [ -S "$socket" ] || return 1
+    touch "$WAYLAND_CHROOT$socket" && mount --bind "$socket" "$WAYLAND_CHROOT$socket" || return 1
+    COMPOSITOR_MOUNTS+=("$WAYLAND_CHROOT$socket")
+    COMPOSITOR_BUS=$DBUS_SESSION_BUS_ADDRESS
 }
 
 # output_colour OUTPUT: the colour of a point of that output, as srgb(R,G,B).
