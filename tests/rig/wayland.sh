@@ -28,8 +28,7 @@ compositor_start() {
         ${COMPOSITOR_BUS:+DBUS_SESSION_BUS_ADDRESS=$COMPOSITOR_BUS})
     case $which in
     sway)
-        printf 'output * bg #ff00ff solid_color\n%s\n' "${SWAY_EXTRA_CONFIG:-}" \
-            >"$WAYLAND_CHROOT/root/sway.cfg"
+        printf 'output * bg #ff00ff solid_color\n' >"$WAYLAND_CHROOT/root/sway.cfg"
         chroot "$WAYLAND_CHROOT" "${environment[@]}" sway -c /root/sway.cfg \
             >"${RIG_DIR:-/tmp}/sway.log" 2>&1 &
         COMPOSITOR_SOCKET=wayland-1
