@@ -14,6 +14,7 @@
 #include "platform/Log.h"
 #include "platform/Memory.h"
 #include "platform/SessionBus.h"
+#include "platform/StatusNotifierItem.h"
 #include "settings/PropertyListFile.h"
 #include "triggers/IdleLock.h"
 #include "triggers/ScreenSaverService.h"
@@ -142,9 +143,9 @@ extern "C" int tessarine_run_program(int argc, char** argv)
         platform.system.ignoreSessionLock();
         delegate.handLocksToDesktop(desktopLocker);
     }
-    // Without a tray the program would run unseen: said once. Qt shows the icon by itself when
-    // a tray starts later.
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    // Without a tray the program would run unseen: said once. The icon shows by itself when a
+    // tray starts later: an X tray through Qt, a panel's D-Bus tray through StatusNotifierItem.
+    if (!QSystemTrayIcon::isSystemTrayAvailable() && !StatusNotifierItem::watcherRunning())
         Log::line(QStringLiteral(
             "no system tray is running: Tessarine's icon will appear when one starts; meanwhile "
             "`tessarine lock` and the hot key lock the screen"));

@@ -1,7 +1,9 @@
 #include "ui/PreferencesWindow.h"
 
+#include "platform/DesktopLocker.h"
 #include "settings/Preferences.h"
 #include "ui/ChangePasswordFields.h"
+#include "ui/CompositorBinding.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -286,7 +288,51 @@ QWidget* PreferencesWindow::makeShortcutsView()
     auto* layout = new QVBoxLayout;
     layout->addWidget(m_keyboardShortcutCheck);
     layout->addLayout(keys);
+    if (DesktopLocker::isWaylandSession())
+        layout->addWidget(makeWaylandShortcutNote());
     return pane(this, "shortcutsView", layout);
+}
+
+QLabel* PreferencesWindow::makeWaylandShortcutNote()
+{
+    // The controls stay, for the X11 sessions that read the same settings, but say here that
+    // they do not act.
+    m_keyboardShortcutCheck->setText(tr("Lock with a shortcut (not in a Wayland session)"));
+    const QString why = tr("A Wayland compositor keeps the keyboard to itself: add the "
+                           "binding below to its configuration.");
+    for (QWidget* control :
+         {static_cast<QWidget*>(m_keyboardShortcutCheck),
+          static_cast<QWidget*>(m_firstShortcutModifier),
+          static_cast<QWidget*>(m_secondShortcutModifier),
+          static_cast<QWidget*>(m_thirdShortcutModifier), static_cast<QWidget*>(m_shortcutText)})
+        control->setToolTip(why);
+    m_waylandShortcutNote = new QLabel(this);
+    m_waylandShortcutNote->setObjectName(QStringLiteral("waylandShortcutNote"));
+    // The lines are to be copied as they are: no markup, and selectable.
+    m_waylandShortcutNote->setTextFormat(Qt::PlainText);
+    m_waylandShortcutNote->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    // The pane keeps the size it has when made: room for the longest binding.
+    m_waylandShortcutNote->setText(CompositorBinding::note(
+        {tr("Super"), tr("Alt"), tr("Control"), tr("Shift")}, QStringLiteral("w")));
+    m_waylandShortcutNote->setMinimumSize(m_waylandShortcutNote->sizeHint());
+    updateWaylandShortcutNote();
+    for (QComboBox* menu :
+         {m_firstShortcutModifier, m_secondShortcutModifier, m_thirdShortcutModifier})
+        connect(menu, &QComboBox::currentIndexChanged, this,
+                &PreferencesWindow::updateWaylandShortcutNote);
+    connect(m_shortcutText, &QLineEdit::textChanged, this,
+            &PreferencesWindow::updateWaylandShortcutNote);
+    return m_waylandShortcutNote;
+}
+
+void PreferencesWindow::updateWaylandShortcutNote()
+{
+    if (!m_waylandShortcutNote)
+        return;
+    const QStringList modifiers{m_firstShortcutModifier->currentText(),
+                                m_secondShortcutModifier->currentText(),
+                                m_thirdShortcutModifier->currentText()};
+    m_waylandShortcutNote->setText(CompositorBinding::note(modifiers, m_shortcutText->text()));
 }
 
 QWidget* PreferencesWindow::makeRemoteLockView()

@@ -102,6 +102,8 @@ public:
     QComboBox* secondShortcutModifier() const { return m_secondShortcutModifier; }
     QComboBox* thirdShortcutModifier() const { return m_thirdShortcutModifier; }
     QLineEdit* shortcutText() const { return m_shortcutText; }
+    // In a Wayland session, under the shortcut's controls: the compositor's binding to add.
+    QLabel* waylandShortcutNote() const { return m_waylandShortcutNote; }
     QComboBox* lockSelector() const { return m_lockSelector; }
     QComboBox* backgroundSelector() const { return m_backgroundSelector; }
 
@@ -114,6 +116,8 @@ private:
     QWidget* makeAnimationsView();
     QWidget* makeSecurityView(ChangePasswordFields* passwordFields);
     QWidget* makeShortcutsView();
+    QLabel* makeWaylandShortcutNote();
+    void updateWaylandShortcutNote();
     QWidget* makeRemoteLockView();
     QCheckBox* checkBox(const char* name, const QString& title);
     void fillShortcutModifiers(const Preferences& preferences);
@@ -163,6 +167,7 @@ private:
     QComboBox* m_secondShortcutModifier = nullptr;
     QComboBox* m_thirdShortcutModifier = nullptr;
     QLineEdit* m_shortcutText = nullptr;
+    QLabel* m_waylandShortcutNote = nullptr;
     QComboBox* m_lockSelector = nullptr;
     QComboBox* m_backgroundSelector = nullptr;
 };

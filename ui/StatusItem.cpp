@@ -1,6 +1,7 @@
 #include "ui/StatusItem.h"
 
 #include "platform/ImageLibrary.h"
+#include "platform/StatusNotifierItem.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -47,6 +48,14 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
                 clicked(reason, QGuiApplication::queryKeyboardModifiers());
             });
     m_trayIcon->show();
+    m_notifierItem = new StatusNotifierItem(m_trayIcon->icon(), QString::fromLatin1(toolTip),
+                                            m_statusMenu, this);
+    connect(m_notifierItem, &StatusNotifierItem::activated, this, [this] {
+        clicked(QSystemTrayIcon::Trigger, QGuiApplication::queryKeyboardModifiers());
+    });
+    connect(m_notifierItem, &StatusNotifierItem::contextMenuRequested, this,
+            [this](const QPoint& position) { m_statusMenu->popup(position); });
+    m_notifierItem->start();
     // Qt draws an icon embedded in an X tray with a widget of its own, made whenever a tray
     // appears; its button events are looked at on their way there.
     qApp->installEventFilter(this);
@@ -54,6 +63,8 @@ StatusItem::StatusItem(QObject* parent) : QObject(parent)
 
 StatusItem::~StatusItem()
 {
+    // The item offers the menu on the bus until it goes.
+    delete m_notifierItem;
     delete m_statusMenu;
 }
 
@@ -116,7 +127,7 @@ void StatusItem::setHighlighted(bool highlighted)
 {
     m_highlighted = highlighted;
     if (!highlighted) {
-        m_trayIcon->setIcon(ImageLibrary::named(QStringLiteral("lockmenubar")));
+        showIcon(ImageLibrary::named(QStringLiteral("lockmenubar")));
         return;
     }
     // The white glyph over a highlighted background, as a menu bar draws a pressed item: the
@@ -128,5 +139,12 @@ void StatusItem::setHighlighted(bool highlighted)
     QPainter painter(&pixmap);
     glyph.paint(&painter, pixmap.rect());
     painter.end();
-    m_trayIcon->setIcon(QIcon(pixmap));
+    showIcon(QIcon(pixmap));
+}
+
+void StatusItem::showIcon(const QIcon& icon)
+{
+    m_trayIcon->setIcon(icon);
+    if (m_notifierItem)
+        m_notifierItem->setIcon(icon);
 }

@@ -5,6 +5,7 @@
 
 class QAction;
 class QMenu;
+class StatusNotifierItem;
 
 // The program's icon in the system tray. A plain click locks; a right click, or a click with
 // Control or Super held, opens the menu. The icon is drawn highlighted while the menu is open.
@@ -22,6 +23,8 @@ public:
     QSystemTrayIcon* trayIcon() const { return m_trayIcon; }
     QMenu* statusMenu() const { return m_statusMenu; }
     QAction* lockoutItem() const { return m_lockoutItem; }
+    // The icon offered to panels that host tray icons over D-Bus.
+    StatusNotifierItem* notifierItem() const { return m_notifierItem; }
     bool isHighlighted() const { return m_highlighted; }
 
     // A click on the icon with the modifiers held at the time, as the tray reports it.
@@ -45,9 +48,11 @@ signals:
 private:
     void setHighlighted(bool highlighted);
     void popUpMenu();
+    void showIcon(const QIcon& icon);
 
     QSystemTrayIcon* m_trayIcon = nullptr;
     QMenu* m_statusMenu = nullptr;
     QAction* m_lockoutItem = nullptr;
+    StatusNotifierItem* m_notifierItem = nullptr;
     bool m_highlighted = false;
 };

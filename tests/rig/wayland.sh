@@ -27,7 +27,8 @@ compositor_start() {
     rm -rf "$WAYLAND_CHROOT$WAYLAND_RUNTIME"
     mkdir -p -m 700 "$WAYLAND_CHROOT$WAYLAND_RUNTIME"
     local environment=(env -i PATH=/usr/bin:/bin HOME=/root XDG_RUNTIME_DIR="$WAYLAND_RUNTIME"
-        WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2)
+        WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 WLR_HEADLESS_OUTPUTS=2
+        ${COMPOSITOR_BUS:+DBUS_SESSION_BUS_ADDRESS=$COMPOSITOR_BUS})
     case $which in
     sway)
         # WAYLAND_SWAY_CONFIG: more lines of sway's configuration (the benchmark's refresh rate).
@@ -63,9 +64,23 @@ compositor_stop() {
     # detached lazily, so that mounts never pile up on the tree.
     for mount in "${COMPOSITOR_MOUNTS[@]}"; do
         umount "$mount" 2>/dev/null || umount -l "$mount" 2>/dev/null || true
+        # A socket's mount point is a file made for it; the tree's folders stay.
+        [ -f "$mount" ] && rm -f "$mount"
     done
     COMPOSITOR_MOUNTS=()
     [ -n "$WAYLAND_RUNTIME" ] && rm -rf "${WAYLAND_CHROOT:?}$WAYLAND_RUNTIME"
+}
+
+# compositor_share_session_bus: called before compositor_start, gives the compositor and the
+# programs it starts (swaybar) the rig's session bus, its socket bound into the tree, as a
+# session's panel would have it.
+compositor_share_session_bus() {
+    local socket=${DBUS_SESSION_BUS_ADDRESS#unix:path=}
+    socket=${socket%%,*}
+    [ -S "$socket" ] || return 1
+    touch "$WAYLAND_CHROOT$socket" && mount --bind "$socket" "$WAYLAND_CHROOT$socket" || return 1
+    COMPOSITOR_MOUNTS+=("$WAYLAND_CHROOT$socket")
+    COMPOSITOR_BUS=$DBUS_SESSION_BUS_ADDRESS
 }
 
 # output_colour OUTPUT: the colour of a point of that output, as srgb(R,G,B).

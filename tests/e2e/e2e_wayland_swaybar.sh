@@ -1,0 +1,55 @@
+# swaybar as the panel: in a sway session (headless, from the trixie tree) whose bar has a tray
+# and starts after Tessarine, Tessarine's icon registers with swaybar's own watcher and the bar
+# draws it; when the bar restarts (sway reloads its configuration) the icon is drawn again.
+set -u
+source "$TESTS_DIR/rig/desktop.sh"
+source "$TESTS_DIR/rig/wayland.sh"
+if [ ! -x "$WAYLAND_CHROOT/usr/bin/swaybar" ]; then
+    echo "SKIPPED: no swaybar in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
+    exit 77
+fi
+[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
+desktop_start || fail "the desktop did not come up"
+fake_power_supply
+write_password k3y
+# A Wayland panel offers no X tray.
+tray=$(pgrep -x trayer -n)
+for pid in "${RIG_PIDS[@]}"; do
+    if [ "$pid" = "$tray" ]; then kill "$pid"; wait "$pid" 2>/dev/null; fi
+done
+compositor_share_session_bus || { echo "SKIPPED: the session bus cannot be shared with the tree"; exit 77; }
+compositor_start sway
+case $? in
+0) ;;
+2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
+*) fail "sway did not start" ;;
+esac
+export XDG_SESSION_TYPE=wayland
+sni() { /usr/bin/python3 "$TESTS_DIR/tools/sni_host.py" "$@"; }
+
+# The bar's right end, where its tray draws icons: the pixels other than the bar's black.
+tray_pixels() {
+    in_chroot grim -o HEADLESS-1 /tmp/bar.png || { echo 0; return; }
+    convert "$WAYLAND_CHROOT/tmp/bar.png" -gravity SouthEast -crop 40x16+0+2 +repage \
+        -colorspace Gray -threshold 5% -format '%[fx:round(mean*w*h)]' info:
+}
+icon_drawn() { (($(tray_pixels) > 20)); }
+registered_once() { [ "$(sni items 2>/dev/null | wc -l)" = 1 ]; }
+bar_config=$'bar {\n    position bottom\n    tray_output *\n}'
+
+start_tessarine
+wait_until 5 grep -q 'no system tray is running' "$RIG_DIR/tessarine.log" ||
+    fail "Tessarine did not say that no tray runs"
+# The panel starts: sway's configuration gains a bar, and sway reloads it.
+printf 'output * bg #ff00ff solid_color\n%s\n' "$bar_config" >"$WAYLAND_CHROOT/root/sway.cfg"
+in_chroot swaymsg reload >/dev/null || fail "sway did not reload"
+wait_until 10 registered_once || fail "the icon did not register with swaybar: $(sni items 2>&1)"
+wait_until 10 icon_drawn || fail "swaybar does not draw the icon ($(tray_pixels) pixels)"
+
+# The bar restarts with the next reload: the icon comes back.
+old_bar=$(pgrep -x swaybar)
+in_chroot swaymsg reload >/dev/null || fail "sway did not reload again"
+wait_until 10 bash -c "! kill -0 $old_bar 2>/dev/null" || fail "the bar did not restart"
+wait_until 10 registered_once || fail "the icon did not register with the new bar"
+wait_until 10 icon_drawn || fail "the new bar does not draw the icon"
+echo PASS
