@@ -53,7 +53,7 @@ export XDG_SESSION_TYPE=wayland
 desktop='srgb(255,0,255)'
 
 shot() { # OUTPUT NAME: grim's picture of the output, its path on the host
-    in_chroot grim -o "$1" "/tmp/$2.png" && echo "$WAYLAND_CHROOT/tmp/$2.png"
+    in_chroot grim -o "$1" "$WAYLAND_RUNTIME/$2.png" && echo "$WAYLAND_CHROOT$WAYLAND_RUNTIME/$2.png"
 }
 share_below() { # SHOT W H X Y LEVEL%
     convert "$1" -crop "$2x$3+$4+$5" +repage -colorspace Gray -threshold "$6%" -negate \
@@ -131,7 +131,7 @@ field_shown && fail "a click on the background brought the password field"
 click 665 727 || fail "swaymsg could not click"
 wait_until 5 field_shown || fail "a click on do-not-disturb did not bring the password field"
 lock_shown || fail "the click on do-not-disturb unlocked"
-[ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT/tmp/field.png" "$SCREENSHOT_DIR/wayland-field.png"
+[ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/field.png" "$SCREENSHOT_DIR/wayland-field.png"
 wayland_type k3y
 wait_until 5 unlocked || fail "the password did not unlock after the clicks"
 echo PASS

@@ -29,8 +29,8 @@ sni() { /usr/bin/python3 "$TESTS_DIR/tools/sni_host.py" "$@"; }
 
 # The bar's right end, where its tray draws icons: the pixels other than the bar's black.
 tray_pixels() {
-    in_chroot grim -o HEADLESS-1 /tmp/bar.png || { echo 0; return; }
-    convert "$WAYLAND_CHROOT/tmp/bar.png" -gravity SouthEast -crop 40x16+0+2 +repage \
+    in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/bar.png" || { echo 0; return; }
+    convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/bar.png" -gravity SouthEast -crop 40x16+0+2 +repage \
         -colorspace Gray -threshold 5% -format '%[fx:round(mean*w*h)]' info:
 }
 icon_drawn() { (($(tray_pixels) > 20)); }
