@@ -41,15 +41,21 @@ start_tessarine
 wait_until 5 grep -q 'no system tray is running' "$RIG_DIR/tessarine.log" ||
     fail "Tessarine did not say that no tray runs"
 # The panel starts: sway's configuration gains a bar, and sway reloads it.
-printf 'output * bg #ff00ff solid_color\n%s\n' "$bar_config" >"$WAYLAND_CHROOT/root/sway.cfg"
+printf 'output * bg #ff00ff solid_color\n%s\n' "$bar_config" >"$WAYLAND_CHROOT$WAYLAND_RUNTIME/sway.cfg"
 in_chroot swaymsg reload >/dev/null || fail "sway did not reload"
 wait_until 10 registered_once || fail "the icon did not register with swaybar: $(sni items 2>&1)"
 wait_until 10 icon_drawn || fail "swaybar does not draw the icon ($(tray_pixels) pixels)"
 
 # The bar restarts with the next reload: the icon comes back.
-old_bar=$(pgrep -x swaybar)
+old_bars=$(pgrep -x swaybar | tr '\n' ' ')
+echo "bars before the reload: $old_bars"
+old_bars_gone() {
+    local pid
+    for pid in $old_bars; do kill -0 "$pid" 2>/dev/null && return 1; done
+    return 0
+}
 in_chroot swaymsg reload >/dev/null || fail "sway did not reload again"
-wait_until 10 bash -c "! kill -0 $old_bar 2>/dev/null" || fail "the bar did not restart"
+wait_until 10 old_bars_gone || fail "the bar did not restart (before: $old_bars; now: $(pgrep -x swaybar | tr '\n' ' '))"
 wait_until 10 registered_once || fail "the icon did not register with the new bar"
 wait_until 10 icon_drawn || fail "the new bar does not draw the icon"
 echo PASS
