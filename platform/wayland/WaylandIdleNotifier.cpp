@@ -1,8 +1,7 @@
 #include "platform/wayland/WaylandIdleNotifier.h"
 
 #include "ext-idle-notify-v1-client-protocol.h"
-
-#include <QSocketNotifier>
+#include "platform/wayland/WaylandConnection.h"
 
 #include <wayland-client.h>
 
@@ -12,28 +11,22 @@
 
 struct WaylandIdleNotifier::State
 {
-    wl_display* display = nullptr;
-    wl_registry* registry = nullptr;
+    WaylandConnection connection;
     wl_seat* seat = nullptr;
     ext_idle_notifier_v1* notifier = nullptr;
     ext_idle_notification_v1* notification = nullptr;
     Callback idle;
     Callback active;
-    std::unique_ptr<QSocketNotifier> events;
 
     ~State()
     {
-        events.reset();
+        connection.stopWatching();
         // Every proxy is ours to free; disconnecting frees none of them.
         dropNotification();
         if (notifier)
             ext_idle_notifier_v1_destroy(notifier);
         if (seat)
             wl_seat_release(seat);
-        if (registry)
-            wl_registry_destroy(registry);
-        if (display)
-            wl_display_disconnect(display);
     }
 
     void dropNotification()
@@ -41,19 +34,6 @@ struct WaylandIdleNotifier::State
         if (notification)
             ext_idle_notification_v1_destroy(notification);
         notification = nullptr;
-    }
-
-    void dispatch()
-    {
-        while (wl_display_prepare_read(display) != 0)
-            wl_display_dispatch_pending(display);
-        wl_display_read_events(display);
-        wl_display_dispatch_pending(display);
-        wl_display_flush(display);
-        // The compositor went away: nothing more will be said. The notifier is the one whose
-        // signal runs this, so it goes once the signal is over.
-        if (wl_display_get_error(display) != 0 && events)
-            events.release()->deleteLater();
     }
 
     static void global(void* data, wl_registry* registry, uint32_t name, const char* interface,
@@ -91,26 +71,18 @@ WaylandIdleNotifier::~WaylandIdleNotifier() = default;
 
 bool WaylandIdleNotifier::connectToCompositor()
 {
-    if (m->display)
-        return m->events != nullptr;
-    m->display = wl_display_connect(nullptr);
-    if (!m->display)
+    if (m->connection.display())
+        return m->connection.isWatching();
+    if (!m->connection.open(&State::registryListener, m.get()) || !m->notifier || !m->seat)
         return false;
-    m->registry = wl_display_get_registry(m->display);
-    wl_registry_add_listener(m->registry, &State::registryListener, m.get());
-    wl_display_roundtrip(m->display);
-    if (!m->notifier || !m->seat)
-        return false;
-    m->events =
-        std::make_unique<QSocketNotifier>(wl_display_get_fd(m->display), QSocketNotifier::Read);
-    QObject::connect(m->events.get(), &QSocketNotifier::activated, m->events.get(),
-                     [this] { m->dispatch(); });
+    // Should the compositor go away, nothing more will be said.
+    m->connection.watch({});
     return true;
 }
 
 void WaylandIdleNotifier::watch(std::chrono::milliseconds limit, Callback idle, Callback active)
 {
-    if (!m->events)
+    if (!m->connection.isWatching())
         return;
     m->dropNotification();
     m->idle = std::move(idle);
@@ -119,15 +91,15 @@ void WaylandIdleNotifier::watch(std::chrono::milliseconds limit, Callback idle, 
     m->notification =
         ext_idle_notifier_v1_get_idle_notification(m->notifier, uint32_t(timeout), m->seat);
     ext_idle_notification_v1_add_listener(m->notification, &State::notificationListener, m.get());
-    wl_display_flush(m->display);
+    m->connection.flush();
 }
 
 void WaylandIdleNotifier::stop()
 {
-    if (!m->events)
+    if (!m->connection.isWatching())
         return;
     m->dropNotification();
     m->idle = nullptr;
     m->active = nullptr;
-    wl_display_flush(m->display);
+    m->connection.flush();
 }

@@ -4,9 +4,8 @@
 
 #include "ext-session-lock-v1-client-protocol.h"
 #include "platform/Log.h"
+#include "platform/wayland/WaylandConnection.h"
 #include "platform/wayland/WaylandLockPointer.h"
-
-#include <QSocketNotifier>
 
 #include <wayland-client.h>
 #include <xkbcommon/xkbcommon.h>
@@ -172,8 +171,7 @@ const wl_output_listener outputListener{outputGeometry, outputMode, outputDone,
 struct WaylandSessionLock::State
 {
     WaylandSessionLock* owner = nullptr;
-    wl_display* display = nullptr;
-    wl_registry* registry = nullptr;
+    WaylandConnection connection;
     wl_compositor* compositor = nullptr;
     wl_shm* shm = nullptr;
     wl_seat* seat = nullptr;
@@ -184,7 +182,6 @@ struct WaylandSessionLock::State
     bool locked = false;
     std::vector<std::unique_ptr<Output>> outputs;
     Painter painter;
-    std::unique_ptr<QSocketNotifier> notifier;
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     xkb_keymap* keymap = nullptr;
     xkb_state* keys = nullptr;
@@ -192,7 +189,7 @@ struct WaylandSessionLock::State
 
     ~State()
     {
-        notifier.reset();
+        connection.stopWatching();
         outputs.clear();
         // Every proxy is ours to free; disconnecting frees none of them.
         pointer.reset();
@@ -210,10 +207,6 @@ struct WaylandSessionLock::State
             wl_shm_destroy(shm);
         if (compositor)
             wl_compositor_destroy(compositor);
-        if (registry)
-            wl_registry_destroy(registry);
-        if (display)
-            wl_display_disconnect(display);
         xkb_state_unref(keys);
         xkb_keymap_unref(keymap);
         xkb_context_unref(xkb);
@@ -231,20 +224,6 @@ struct WaylandSessionLock::State
         output.lockSurface =
             ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
         ext_session_lock_surface_v1_add_listener(output.lockSurface, &lockSurfaceListener, &output);
-    }
-
-    void dispatch()
-    {
-        while (wl_display_prepare_read(display) != 0)
-            wl_display_dispatch_pending(display);
-        wl_display_read_events(display);
-        wl_display_dispatch_pending(display);
-        wl_display_flush(display);
-        if (wl_display_get_error(display) != 0) {
-            // The compositor went away, or took offence: the lock is no longer ours to keep.
-            notifier.reset();
-            emit owner->finished();
-        }
     }
 
     // --- listeners ----------------------------------------------------------------------------
@@ -405,31 +384,25 @@ WaylandSessionLock::~WaylandSessionLock() = default;
 
 bool WaylandSessionLock::connectToCompositor(bool keepRecord)
 {
-    if (m->display)
+    if (m->connection.display())
         return m->manager != nullptr;
-    m->display = wl_display_connect(nullptr);
-    if (!m->display)
+    if (!m->connection.open(&State::registryListener, m.get()))
         return false;
-    m->registry = wl_display_get_registry(m->display);
-    wl_registry_add_listener(m->registry, &State::registryListener, m.get());
-    wl_display_roundtrip(m->display);
     // The outputs' shared memory is known only once every global has been seen.
     for (auto& output : m->outputs)
         output->shm = m->shm;
     if (!m->manager || !m->compositor || !m->shm)
         return false;
-    m->notifier =
-        std::make_unique<QSocketNotifier>(wl_display_get_fd(m->display), QSocketNotifier::Read);
-    QObject::connect(m->notifier.get(), &QSocketNotifier::activated, this,
-                     [this] { m->dispatch(); });
+    // The compositor went away, or took offence: the lock is no longer ours to keep.
+    m->connection.watch([this] { emit finished(); });
     if (keepRecord)
-        m->record.emplace(wl_display_get_fd(m->display));
+        m->record.emplace(m->connection.fd());
     return true;
 }
 
 bool WaylandSessionLock::isConnected() const
 {
-    return m->manager != nullptr && m->notifier != nullptr;
+    return m->manager != nullptr && m->connection.isWatching();
 }
 
 void WaylandSessionLock::setPainter(Painter painter)
@@ -445,7 +418,7 @@ void WaylandSessionLock::lock()
     ext_session_lock_v1_add_listener(m->lock, &State::lockListener, m.get());
     for (auto& output : m->outputs)
         m->addLockSurface(*output);
-    wl_display_flush(m->display);
+    m->connection.flush();
 }
 
 void WaylandSessionLock::unlock()
@@ -467,7 +440,7 @@ void WaylandSessionLock::unlock()
             wl_surface_destroy(output->surface);
         output->surface = nullptr;
     }
-    wl_display_roundtrip(m->display);
+    wl_display_roundtrip(m->connection.display());
 }
 
 bool WaylandSessionLock::isLocked() const
@@ -479,8 +452,7 @@ void WaylandSessionLock::repaint()
 {
     for (auto& output : m->outputs)
         paint(*output);
-    if (m->display)
-        wl_display_flush(m->display);
+    m->connection.flush();
 }
 
 int WaylandSessionLock::outputCount() const

@@ -1,0 +1,62 @@
+#include "platform/wayland/WaylandConnection.h"
+
+#include <wayland-client.h>
+
+WaylandConnection::~WaylandConnection()
+{
+    m_events.reset();
+    if (m_registry)
+        wl_registry_destroy(m_registry);
+    if (m_display)
+        wl_display_disconnect(m_display);
+}
+
+bool WaylandConnection::open(const wl_registry_listener* listener, void* data)
+{
+    if (m_display)
+        return true;
+    m_display = wl_display_connect(nullptr);
+    if (!m_display)
+        return false;
+    m_registry = wl_display_get_registry(m_display);
+    wl_registry_add_listener(m_registry, listener, data);
+    wl_display_roundtrip(m_display);
+    return true;
+}
+
+void WaylandConnection::watch(std::function<void()> ended)
+{
+    if (!m_display || m_events)
+        return;
+    m_ended = std::move(ended);
+    m_events = std::make_unique<QSocketNotifier>(fd(), QSocketNotifier::Read);
+    QObject::connect(m_events.get(), &QSocketNotifier::activated, m_events.get(),
+                     [this] { dispatch(); });
+}
+
+int WaylandConnection::fd() const
+{
+    return m_display ? wl_display_get_fd(m_display) : -1;
+}
+
+void WaylandConnection::flush() const
+{
+    if (m_display)
+        wl_display_flush(m_display);
+}
+
+void WaylandConnection::dispatch()
+{
+    while (wl_display_prepare_read(m_display) != 0)
+        wl_display_dispatch_pending(m_display);
+    wl_display_read_events(m_display);
+    wl_display_dispatch_pending(m_display);
+    wl_display_flush(m_display);
+    if (wl_display_get_error(m_display) != 0 && m_events && m_events->isEnabled()) {
+        // Nothing more will be read: the notifier is only switched off, since this runs inside
+        // its own signal.
+        m_events->setEnabled(false);
+        if (m_ended)
+            m_ended();
+    }
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QSocketNotifier>
+
+#include <functional>
+#include <memory>
+
+struct wl_display;
+struct wl_registry;
+struct wl_registry_listener;
+
+// A Wayland connection of its own, read from Qt's event loop: the globals are announced to the
+// listener given (one round trip, so they are all known when `open` returns), and afterwards
+// every wake-up of the connection's descriptor reads what came and dispatches it. A connection
+// the compositor ended, or closed for a protocol error, calls `ended` once and reads no more.
+// The owner frees its own proxies first; the connection is closed last, by the destructor.
+class WaylandConnection
+{
+public:
+    WaylandConnection() = default;
+    ~WaylandConnection();
+    WaylandConnection(const WaylandConnection&) = delete;
+    WaylandConnection& operator=(const WaylandConnection&) = delete;
+
+    // Connects to the compositor of WAYLAND_DISPLAY; false when there is none.
+    bool open(const wl_registry_listener* listener, void* data);
+    // Starts reading events (after `open`, once the owner has what it needs).
+    void watch(std::function<void()> ended);
+    // Stops reading, before the owner frees its proxies.
+    void stopWatching() { m_events.reset(); }
+    // Open, read and not ended.
+    bool isWatching() const { return m_events != nullptr && m_events->isEnabled(); }
+
+    wl_display* display() const { return m_display; }
+    wl_registry* registry() const { return m_registry; }
+    int fd() const;
+    void flush() const;
+
+private:
+    void dispatch();
+
+    wl_display* m_display = nullptr;
+    wl_registry* m_registry = nullptr;
+    std::unique_ptr<QSocketNotifier> m_events;
+    std::function<void()> m_ended;
+};
