@@ -5,45 +5,14 @@
 #   e2e_wayland_status_notifier.sh sway|labwc
 set -u
 compositor=$1
-source "$TESTS_DIR/rig/desktop.sh"
-source "$TESTS_DIR/rig/wayland.sh"
-if [ ! -x "$WAYLAND_CHROOT/usr/bin/$compositor" ]; then
-    echo "SKIPPED: no $compositor in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
-    exit 77
-fi
-[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
-desktop_start || fail "the desktop did not come up"
-fake_power_supply
-write_password k3y
+source "$TESTS_DIR/rig/wayland_session.sh"
 write_options "<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer>"
 # A Wayland panel offers no X tray.
 tray=$(pgrep -x trayer -n)
 for pid in "${RIG_PIDS[@]}"; do
     if [ "$pid" = "$tray" ]; then kill "$pid"; wait "$pid" 2>/dev/null; fi
 done
-compositor_start "$compositor"
-case $? in
-0) ;;
-2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
-*) fail "$compositor did not start" ;;
-esac
-export XDG_SESSION_TYPE=wayland
-"$WAYLAND_DESKTOP" ff00ff >"$RIG_DIR/desktop.txt" 2>&1 &
-desktop='srgb(255,0,255)'
-desktop_shown() {
-    local output
-    for output in $(compositor_outputs); do
-        [ "$(output_colour "$output")" = "$desktop" ] || return 1
-    done
-}
-wait_until 5 desktop_shown || fail "the desktop window is not shown on every output"
-lock_shown() {
-    local output colour
-    for output in $(compositor_outputs); do
-        colour=$(output_colour "$output")
-        [ "$colour" != "$desktop" ] && [ "$colour" != 'srgb(0,0,0)' ] || return 1
-    done
-}
+session_start
 sni() { /usr/bin/python3 "$TESTS_DIR/tools/sni_host.py" "$@"; }
 
 start_tessarine
