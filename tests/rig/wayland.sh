@@ -100,5 +100,6 @@ compositor_outputs() {
 # Types TEXT and Return into whatever holds the keyboard; wtype's first key is lost without a
 # moment for the receiving client to set its keyboard up.
 wayland_type() {
-    in_chroot wtype -s 100 "$1" -k Return
+    # wtype reads its text as UTF-8 only in a UTF-8 locale.
+    in_chroot env LC_ALL=C.UTF-8 wtype -s 100 "$1" -k Return
 }
