@@ -83,15 +83,7 @@ void IdleLock::reconsider()
         m_deadline.arm(limit() - idle, [this] { reconsider(); });
         return;
     }
-    if (isHeldBack()) {
-        // A whole limit later, unless the hold-back's end comes first.
-        m_deadline.arm(limit(), [this] { reconsider(); });
-        return;
-    }
-    m_lock();
-    // A lock that could not start is tried again a limit later.
-    if (!m_isLocked())
-        m_deadline.arm(limit(), [this] { reconsider(); });
+    lockUnlessHeldBack();
 }
 
 void IdleLock::reconsiderWatched()
@@ -113,12 +105,18 @@ void IdleLock::reconsiderWatched()
     }
     if (!m_idleNow)
         return;
+    lockUnlessHeldBack();
+}
+
+void IdleLock::lockUnlessHeldBack()
+{
     if (isHeldBack()) {
         // A whole limit later, unless the hold-back's end comes first.
         m_deadline.arm(limit(), [this] { reconsider(); });
         return;
     }
     m_lock();
+    // A lock that could not start is tried again a limit later.
     if (!m_isLocked())
         m_deadline.arm(limit(), [this] { reconsider(); });
 }

@@ -52,6 +52,8 @@ private:
     std::chrono::milliseconds limit() const;
     // Locks when the watch said idle and nothing holds it back; the watch follows the setting.
     void reconsiderWatched();
+    // Locks now, or looks again a limit later while something holds idle locking back.
+    void lockUnlessHeldBack();
     void stopWatching();
 
     IdleTime& m_idle;
