@@ -134,15 +134,16 @@ QWidget* WaylandOutputWindows::windowFor(const QRect& screen) const
 
 QImage WaylandOutputWindows::picture(const WaylandOutputView& view)
 {
-    QImage image(view.size * view.scale, QImage::Format_RGB32);
+    QImage image(view.pixelSize(), QImage::Format_RGB32);
     image.fill(Qt::black);
     const QRect screen = screenGeometry(view);
     QWidget* window = windowFor(screen);
     if (!window || screen.isEmpty())
         return image;
     // Drawn, not grabbed and scaled: the widgets paint themselves onto an image of the output's
-    // own pixels (device pixel ratio = scale), so text and lines are as sharp as the output shows.
-    QImage part(screen.size() * view.scale, QImage::Format_RGB32);
+    // own pixels (device pixel ratio = scale, 1.5 as well as 2), so text and lines are as sharp
+    // as the output shows, laid out at the logical size as the window is.
+    QImage part(WaylandOutputView::pixelsOf(screen.size(), view.scale), QImage::Format_RGB32);
     part.setDevicePixelRatio(view.scale);
     part.fill(Qt::black);
     const QRect shown = screen.intersected(window->geometry());

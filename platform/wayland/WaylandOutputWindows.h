@@ -30,7 +30,7 @@ public:
     void setKeyWindow(QWidget* window);
     // The lock screen's windows, bottom to top (ScreenShield::keepAbove's list).
     void setWindows(const QList<QWidget*>& windows);
-    // The output's view: size × scale pixels.
+    // The output's view: size × scale pixels (view.pixelSize()), the scale whole or not.
     QImage picture(const WaylandOutputView& view);
     // Whether any of the windows changed since the last call: the views need drawing again.
     bool takeChanged();

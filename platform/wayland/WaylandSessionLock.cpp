@@ -3,9 +3,11 @@
 #include "platform/wayland/WaylandLockRecord.h"
 
 #include "ext-session-lock-v1-client-protocol.h"
+#include "fractional-scale-v1-client-protocol.h"
 #include "platform/Log.h"
 #include "platform/wayland/WaylandConnection.h"
 #include "platform/wayland/WaylandLockPointer.h"
+#include "viewporter-client-protocol.h"
 
 #include <wayland-client.h>
 #include <xkbcommon/xkbcommon.h>
@@ -28,21 +30,51 @@ struct Output
     wl_output* output = nullptr;
     wl_surface* surface = nullptr;
     ext_session_lock_surface_v1* lockSurface = nullptr;
+    // Where the compositor offers fractional scales: the scale it prefers for the lock surface,
+    // and the viewport that shows the picture's pixels at the surface's logical size.
+    wp_fractional_scale_v1* fractionalScale = nullptr;
+    wp_viewport* viewport = nullptr;
     QSize size;
     // What wl_output said; the pending scale counts from its `done`.
     QString outputName;
     QPoint position;
     int scale = 1;
     int pendingScale = 1;
+    // The compositor's preferred scale for the lock surface in 120ths; 0 until it says. Kept
+    // from one lock to the next: the next surface is on the same output.
+    uint32_t preferredScale = 0;
 
-    WaylandOutputView view() const { return {name, outputName, position, size, scale}; }
+    // The scale the picture is drawn at.
+    qreal drawnScale() const
+    {
+        if (!viewport)
+            return scale;
+        // Until the compositor prefers a scale, wl_output's whole one; Qt draws nothing finer
+        // than one pixel a logical pixel, so a scale below 1 is left to the compositor.
+        return preferredScale ? std::max(1.0, preferredScale / 120.0) : qreal(scale);
+    }
+    WaylandOutputView view() const { return {name, outputName, position, size, drawnScale()}; }
+
+    void destroySurface()
+    {
+        // The surface's add-ons go first: they name the surface.
+        if (fractionalScale)
+            wp_fractional_scale_v1_destroy(fractionalScale);
+        fractionalScale = nullptr;
+        if (viewport)
+            wp_viewport_destroy(viewport);
+        viewport = nullptr;
+        if (lockSurface)
+            ext_session_lock_surface_v1_destroy(lockSurface);
+        lockSurface = nullptr;
+        if (surface)
+            wl_surface_destroy(surface);
+        surface = nullptr;
+    }
 
     ~Output()
     {
-        if (lockSurface)
-            ext_session_lock_surface_v1_destroy(lockSurface);
-        if (surface)
-            wl_surface_destroy(surface);
+        destroySurface();
         if (output)
             wl_output_release(output);
     }
@@ -90,14 +122,16 @@ void paint(Output& output)
     if (!output.surface || output.size.isEmpty() || !output.painter || !*output.painter)
         return;
     // The buffer has the output's own pixels (size × scale) so that text is as sharp as the
-    // output can show it; the compositor then scales nothing.
+    // output can show it; the compositor then scales nothing. A fractional scale goes through
+    // the viewport (the buffer's pixels shown at the logical size), a whole one through the
+    // buffer scale.
     const bool scalable =
         wl_surface_get_version(output.surface) >= WL_SURFACE_SET_BUFFER_SCALE_SINCE_VERSION;
-    const int scale = scalable ? output.scale : 1;
-    const QSize pixels = output.size * scale;
-    // A lock surface without a buffer gets no keys: something is always shown.
     WaylandOutputView view = output.view();
-    view.scale = scale;
+    if (!output.viewport && !scalable)
+        view.scale = 1;
+    const QSize pixels = view.pixelSize();
+    // A lock surface without a buffer gets no keys: something is always shown.
     QImage picture = (*output.painter)(view);
     if (picture.size() != pixels) {
         picture = QImage(pixels, QImage::Format_RGB32);
@@ -106,8 +140,10 @@ void paint(Output& output)
     wl_buffer* buffer = bufferOf(output.shm, picture);
     if (!buffer)
         return;
-    if (scalable)
-        wl_surface_set_buffer_scale(output.surface, scale);
+    if (output.viewport)
+        wp_viewport_set_destination(output.viewport, output.size.width(), output.size.height());
+    else if (scalable)
+        wl_surface_set_buffer_scale(output.surface, int(view.scale));
     wl_surface_attach(output.surface, buffer, 0, 0);
     wl_surface_damage_buffer(output.surface, 0, 0, INT32_MAX, INT32_MAX);
     wl_surface_commit(output.surface);
@@ -148,11 +184,12 @@ void outputMode(void*, wl_output*, uint32_t, int32_t, int32_t, int32_t) {}
 void outputDone(void* data, wl_output*)
 {
     auto* output = static_cast<Output*>(data);
-    if (output->pendingScale == output->scale)
-        return;
-    // A new scale: the picture is drawn again at once with the output's new pixels.
+    const qreal drawn = output->drawnScale();
     output->scale = output->pendingScale;
-    paint(*output);
+    // A new scale: the picture is drawn again at once with the output's new pixels (where the
+    // compositor prefers a fractional scale, that one counts, and it says when it changes).
+    if (output->drawnScale() != drawn)
+        paint(*output);
 }
 void outputScale(void* data, wl_output*, int32_t factor)
 {
@@ -166,6 +203,17 @@ void outputDescription(void*, wl_output*, const char*) {}
 const wl_output_listener outputListener{outputGeometry, outputMode, outputDone,
                                         outputScale,    outputName, outputDescription};
 
+void preferredScale(void* data, wp_fractional_scale_v1*, uint32_t scale)
+{
+    auto* output = static_cast<Output*>(data);
+    const qreal drawn = output->drawnScale();
+    output->preferredScale = scale;
+    // The output's scale changed, or the surface has entered its output: drawn again at once.
+    if (output->drawnScale() != drawn)
+        paint(*output);
+}
+const wp_fractional_scale_v1_listener fractionalScaleListener{preferredScale};
+
 } // namespace
 
 struct WaylandSessionLock::State
@@ -178,6 +226,8 @@ struct WaylandSessionLock::State
     wl_keyboard* keyboard = nullptr;
     std::unique_ptr<WaylandLockPointer> pointer;
     ext_session_lock_manager_v1* manager = nullptr;
+    wp_fractional_scale_manager_v1* fractionalScales = nullptr;
+    wp_viewporter* viewporter = nullptr;
     ext_session_lock_v1* lock = nullptr;
     bool locked = false;
     std::vector<std::unique_ptr<Output>> outputs;
@@ -201,6 +251,10 @@ struct WaylandSessionLock::State
             wl_proxy_destroy(reinterpret_cast<wl_proxy*>(lock));
         if (manager)
             ext_session_lock_manager_v1_destroy(manager);
+        if (fractionalScales)
+            wp_fractional_scale_manager_v1_destroy(fractionalScales);
+        if (viewporter)
+            wp_viewporter_destroy(viewporter);
         if (seat)
             wl_seat_release(seat);
         if (shm)
@@ -224,6 +278,14 @@ struct WaylandSessionLock::State
         output.lockSurface =
             ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
         ext_session_lock_surface_v1_add_listener(output.lockSurface, &lockSurfaceListener, &output);
+        // Fractional scales need both: the scale to draw at, and the viewport to show it.
+        if (fractionalScales && viewporter) {
+            output.fractionalScale = wp_fractional_scale_manager_v1_get_fractional_scale(
+                fractionalScales, output.surface);
+            wp_fractional_scale_v1_add_listener(output.fractionalScale, &fractionalScaleListener,
+                                                &output);
+            output.viewport = wp_viewporter_get_viewport(viewporter, output.surface);
+        }
     }
 
     // --- listeners ----------------------------------------------------------------------------
@@ -255,6 +317,12 @@ struct WaylandSessionLock::State
         } else if (std::strcmp(interface, ext_session_lock_manager_v1_interface.name) == 0) {
             s->manager = static_cast<ext_session_lock_manager_v1*>(
                 wl_registry_bind(registry, name, &ext_session_lock_manager_v1_interface, 1));
+        } else if (std::strcmp(interface, wp_fractional_scale_manager_v1_interface.name) == 0) {
+            s->fractionalScales = static_cast<wp_fractional_scale_manager_v1*>(
+                wl_registry_bind(registry, name, &wp_fractional_scale_manager_v1_interface, 1));
+        } else if (std::strcmp(interface, wp_viewporter_interface.name) == 0) {
+            s->viewporter = static_cast<wp_viewporter*>(
+                wl_registry_bind(registry, name, &wp_viewporter_interface, 1));
         }
     }
     static void globalRemove(void* data, wl_registry*, uint32_t name)
@@ -432,14 +500,8 @@ void WaylandSessionLock::unlock()
     m->locked = false;
     if (m->record)
         m->record->remove();
-    for (auto& output : m->outputs) {
-        if (output->lockSurface)
-            ext_session_lock_surface_v1_destroy(output->lockSurface);
-        output->lockSurface = nullptr;
-        if (output->surface)
-            wl_surface_destroy(output->surface);
-        output->surface = nullptr;
-    }
+    for (auto& output : m->outputs)
+        output->destroySurface();
     wl_display_roundtrip(m->connection.display());
 }
 

@@ -27,12 +27,27 @@ struct WaylandOutputView
     QPoint position;
     // The lock surface's size as configured, in the compositor's logical pixels.
     QSize size;
-    // wl_output's integer scale: the picture has size × scale pixels.
-    int scale = 1;
+    // The scale the picture is drawn at: wl_output's whole one, or the fractional one the
+    // compositor prefers for the lock surface (1.5 on a laptop shown at 150 %).
+    qreal scale = 1;
+
+    // The picture's pixels: size × scale, halves rounded up, as the compositor rounds them.
+    QSize pixelSize() const { return pixelsOf(size, scale); }
+    static QSize pixelsOf(QSize logical, qreal scale)
+    {
+        // Counted in 120ths, as the compositor gives fractional scales, so that a half pixel
+        // (1365 × 1.5) is not lost to the floating point.
+        const qint64 parts = qRound64(scale * 120);
+        const auto pixels = [parts](int length) { return int((length * parts + 60) / 120); };
+        return logical.isEmpty() ? QSize()
+                                 : QSize(pixels(logical.width()), pixels(logical.height()));
+    }
 };
 
 // Each output gets a lock surface; when the compositor gives it a size, the painter is asked for
-// a picture of that output, size × scale pixels, which is shown there at the output's scale.
+// a picture of that output, size × scale pixels, which is shown there at the output's scale:
+// where the compositor offers fractional scales (wp-fractional-scale-v1 with wp-viewporter), at
+// the scale it prefers for that surface, else at wl_output's whole scale.
 // Keys reach only the lock surfaces: each pressed key is reported with the text it types, read
 // through xkbcommon with the compositor's keymap. Pointer events on a lock surface are reported
 // with its output and the point in the surface's logical coordinates.
@@ -40,7 +55,7 @@ class WaylandSessionLock : public QObject
 {
     Q_OBJECT
 public:
-    // A picture for one output, of view.size × view.scale pixels.
+    // A picture for one output, of view.pixelSize() pixels.
     using Painter = std::function<QImage(const WaylandOutputView& view)>;
     enum class PointerAction
     {

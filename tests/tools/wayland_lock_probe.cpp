@@ -19,7 +19,7 @@ int main(int argc, char** argv)
         return 1;
     }
     lock.setPainter([colour](const WaylandOutputView& view) {
-        QImage picture(view.size * view.scale, QImage::Format_RGB32);
+        QImage picture(view.pixelSize(), QImage::Format_RGB32);
         picture.fill(colour);
         return picture;
     });

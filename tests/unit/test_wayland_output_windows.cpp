@@ -29,7 +29,7 @@ protected:
     }
 };
 
-WaylandOutputView primaryView(int scale)
+WaylandOutputView primaryView(qreal scale)
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     WaylandOutputView view;
@@ -38,6 +38,19 @@ WaylandOutputView primaryView(int scale)
     view.size = screen->geometry().size();
     view.scale = scale;
     return view;
+}
+
+// A widget filled with one colour, placed in logical pixels on its window; without a parent, a
+// window without a frame, as the lock screen's are.
+QWidget* filledBox(QWidget* parent, const QRect& place, const QColor& colour)
+{
+    auto* box = new QWidget(parent, parent ? Qt::WindowFlags() : Qt::FramelessWindowHint);
+    box->setGeometry(place);
+    QPalette palette = box->palette();
+    palette.setColor(QPalette::Window, colour);
+    box->setPalette(palette);
+    box->setAutoFillBackground(true);
+    return box;
 }
 
 } // namespace
@@ -101,6 +114,62 @@ private slots:
         // Once the circle's window is hidden, the window below shows.
         window.hide();
         QVERIFY(QColor(windows.picture(primaryView(1)).pixel(5, 5)) != QColor(Qt::white));
+    }
+
+    void aFractionalScaleIsDrawnAtTheOutputsOwnPixels()
+    {
+        // An output shown at 150 %: a white window with a black field and a black box in its
+        // bottom-right corner, both on whole logical pixels, and a black line one logical pixel
+        // wide at an odd place, which falls on half a pixel at 1.5.
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QWidget* window = filledBox(nullptr, screen, Qt::white);
+        const QScopedPointer<QWidget> owner(window);
+        const QRect field(100, 100, 200, 28);
+        filledBox(window, field, Qt::black);
+        const QRect corner(screen.width() - 40, screen.height() - 20, 40, 20);
+        filledBox(window, corner, Qt::black);
+        const QRect line(501, 200, 1, 300);
+        filledBox(window, line, Qt::black);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        WaylandOutputWindows windows;
+        windows.setWindows({window});
+
+        const QImage picture = windows.picture(primaryView(1.5));
+        // The output's own pixels, one and a half for every logical one.
+        QCOMPARE(picture.size(), QSize(screen.width() * 3 / 2, screen.height() * 3 / 2));
+        // Laid out at the logical size: each edge lands where 1.5 × its logical place falls,
+        // the corner box on the picture's last pixels.
+        const auto colourAt = [&picture](int x, int y) { return QColor(picture.pixel(x, y)); };
+        const QRect fieldPixels(field.topLeft() * 3 / 2, field.size() * 3 / 2);
+        QCOMPARE(colourAt(fieldPixels.left(), fieldPixels.top()), QColor(Qt::black));
+        QCOMPARE(colourAt(fieldPixels.right(), fieldPixels.bottom()), QColor(Qt::black));
+        QCOMPARE(colourAt(fieldPixels.left() - 1, fieldPixels.top()), QColor(Qt::white));
+        QCOMPARE(colourAt(fieldPixels.left(), fieldPixels.top() - 1), QColor(Qt::white));
+        QCOMPARE(colourAt(fieldPixels.right() + 1, fieldPixels.bottom()), QColor(Qt::white));
+        QCOMPARE(colourAt(fieldPixels.right(), fieldPixels.bottom() + 1), QColor(Qt::white));
+        QCOMPARE(colourAt(picture.width() - 1, picture.height() - 1), QColor(Qt::black));
+        QCOMPARE(colourAt(picture.width() - 60, picture.height() - 30), QColor(Qt::black));
+        QCOMPARE(colourAt(picture.width() - 61, picture.height() - 31), QColor(Qt::white));
+        // Drawn at that scale, not drawn at another and resampled: the line is one or two black
+        // pixels wide, and every edge is sharp, with no colour between black and white anywhere.
+        int lineWidth = 0;
+        for (int x = 0; x < picture.width(); ++x)
+            lineWidth += colourAt(x, line.center().y() * 3 / 2) == QColor(Qt::black);
+        QVERIFY2(lineWidth >= 1 && lineWidth <= 2, qPrintable(QString::number(lineWidth)));
+        const QImage pixels = picture.convertToFormat(QImage::Format_RGB32);
+        int between = 0;
+        for (int y = 0; y < pixels.height(); ++y) {
+            const auto* line = reinterpret_cast<const QRgb*>(pixels.constScanLine(y));
+            for (int x = 0; x < pixels.width(); ++x)
+                between += qGray(line[x]) != 0 && qGray(line[x]) != 255;
+        }
+        QCOMPARE(between, 0);
+
+        // A size that is not whole at 1.5 is rounded half up, as the compositor rounds it.
+        WaylandOutputView odd = primaryView(1.5);
+        odd.size = QSize(1365, 767);
+        QCOMPARE(windows.picture(odd).size(), QSize(2048, 1151));
     }
 
     void aFadedInFieldIsDrawnInItsPlace()
