@@ -12,7 +12,13 @@
 #   - the scale-2 output's picture has detail finer than its logical pixels: the clock's edges
 #     differ within 2x2 blocks, where a picture drawn at scale 1 and scaled up would not;
 #   - a click on the background does not unlock, a click on do-not-disturb brings the password
-#     field (as on X11), and the password typed on the lock surface still unlocks.
+#     field (as on X11);
+#   - both outputs turned to scale 1.5 while locked (the same layout, 1920x1200 and 1536x1152
+#     pixels): each picture has the output's own pixels, the lock image's keyhole is 1.5 times
+#     its size at scale 1 (3/4 of it at scale 2) in the same place, and the desktop picture's one-pixel
+#     line is drawn crisp, black next to white with no grey between, where a picture drawn at
+#     another scale and resampled by the compositor would blur it;
+#   - the password typed on the lock surface still unlocks.
 #   e2e_wayland_outputs.sh sway
 set -u
 compositor=$1
@@ -29,7 +35,8 @@ xrandr --setmonitor '*HEADLESS-2' 1280/338x800/211+0+0 screen &&
     xrandr --setmonitor HEADLESS-1 1024/270x768/203+1280+0 none || fail "no monitors"
 fake_power_supply
 write_password k3y
-convert -size 1280x800 xc:white "$RIG_DIR/light.png"
+# White, with a black line one pixel wide at an odd place (x 101), away from every widget.
+convert -size 1280x800 xc:white -fill black -draw 'rectangle 101,0 101,799' "$RIG_DIR/light.png"
 write_options "<key>desktopImageType</key><integer>2</integer>
 <key>desktopImageURL</key><string>file://$RIG_DIR/light.png</string>
 <key>showTime</key><true/><key>showBattery</key><true/><key>showDoNotDisturb</key><true/>
@@ -132,6 +139,45 @@ click 665 727 || fail "swaymsg could not click"
 wait_until 5 field_shown || fail "a click on do-not-disturb did not bring the password field"
 lock_shown || fail "the click on do-not-disturb unlocked"
 [ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/field.png" "$SCREENSHOT_DIR/wayland-field.png"
+# Scale 1.5 on both outputs, the layout as it was: the compositor prefers 1.5 for the lock
+# surfaces, which are drawn again at 1920x1200 and 1536x1152 pixels.
+box() { # SHOT W H X Y LEVEL%: the box around the crop's pixels darker than LEVEL, "W H X Y"
+    convert "$1" -crop "$2x$3+$4+$5" +repage -colorspace Gray -threshold "$6%" -format '%@' info: |
+        tr 'x+' '  '
+}
+scaled_box() { # BOX FACTOR BOX: the second box is the first times FACTOR, to 2 pixels
+    awk -v a="$1" -v f="$2" -v b="$3" 'BEGIN { split(a, p, " "); split(b, q, " ")
+        for (i = 1; i <= 4; i++) if (p[i] * f - q[i] > 2 || q[i] - p[i] * f > 2) exit 1 }'
+}
+# The lock image's keyhole: its darkest part, with sharp edges (its shadow is drawn soft).
+keyhole_at_2=$(box "$primary" 400 380 1080 600 30)
+keyhole_at_1=$(box "$cover" 300 300 362 234 30)
+in_chroot swaymsg output HEADLESS-2 mode 1920x1200 pos 0 0 scale 1.5 >/dev/null &&
+    in_chroot swaymsg output HEADLESS-1 mode 1536x1152 pos 1280 0 scale 1.5 >/dev/null ||
+    fail "the outputs could not be set to scale 1.5"
+line_crisp() { # the line, 1.5 logical pixels wide (1 or 2 pixels a row), black on white
+    local black grey
+    frac_primary=$(shot HEADLESS-2 frac-primary) || return 1
+    [ "$(identify -format '%wx%h' "$frac_primary")" = 1920x1200 ] || return 1
+    black=$(share_below "$frac_primary" 30 300 140 150 10)
+    grey=$(awk -v all="$(share_below "$frac_primary" 30 300 140 150 90)" -v black="$black" \
+        'BEGIN { print all - black }')
+    awk -v b="$black" -v g="$grey" 'BEGIN { exit !(b >= 0.9 / 30 && b <= 2.1 / 30 && g == 0) }'
+}
+wait_until 5 line_crisp ||
+    fail "HEADLESS-2 at scale 1.5 ($(identify -format '%wx%h' "$frac_primary")) does not show the one-pixel line crisp: black $(share_below "$frac_primary" 30 300 140 150 10), darker than white $(share_below "$frac_primary" 30 300 140 150 90)"
+keyhole=$(box "$frac_primary" 300 285 810 450 30)
+scaled_box "$keyhole_at_2" 0.75 "$keyhole" ||
+    fail "the primary's keyhole at scale 1.5 is '$keyhole' (W H X Y), at scale 2 '$keyhole_at_2'"
+cover_scaled() { # the cover's own pixels, its keyhole 1.5 times as large, in the same place
+    frac_cover=$(shot HEADLESS-1 frac-cover) || return 1
+    [ "$(identify -format '%wx%h' "$frac_cover")" = 1536x1152 ] &&
+        scaled_box "$keyhole_at_1" 1.5 "$(box "$frac_cover" 450 450 543 351 30)"
+}
+wait_until 3 cover_scaled ||
+    fail "HEADLESS-1 at scale 1.5 is $(identify -format '%wx%h' "$frac_cover"), its keyhole '$(box "$frac_cover" 450 450 543 351 30)' (W H X Y), at scale 1 '$keyhole_at_1'"
+[ -n "${SCREENSHOT_DIR:-}" ] && cp "$frac_primary" "$SCREENSHOT_DIR/wayland-primary-1.5.png" &&
+    cp "$frac_cover" "$SCREENSHOT_DIR/wayland-cover-1.5.png"
 wayland_type k3y
 wait_until 5 unlocked || fail "the password did not unlock after the clicks"
 echo PASS
