@@ -177,8 +177,9 @@ void AppDelegate::makeLockScreenParts()
     m_colours = std::make_unique<LockScreenColours>(m_preferences, m_settingsStore, *m_views,
                                                     [this] { updateDoNotDisturbImage(); });
     m_background = std::make_unique<BackgroundBuilder>(
-        BackgroundBuilder::Services{m_platform.displays, m_platform.desktopPicture}, m_preferences,
-        m_settingsStore, *m_window, *m_views,
+        BackgroundBuilder::Services{m_platform.displays, m_platform.desktopPicture,
+                                    m_platform.shield},
+        m_preferences, m_settingsStore, *m_window, *m_views,
         [this](const QImage& picture, const QSizeF& shownSize) {
             m_colours->determineColor(picture, shownSize);
         },

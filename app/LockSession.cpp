@@ -40,6 +40,7 @@ LockSession::LockSession(Services services, const Preferences& preferences,
       m_cover(std::make_unique<LockCover>()), m_shownCheck(services.scheduler),
       m_inputCheck(services.scheduler)
 {
+    m_services.shield.prepareWindow(&m_window);
     // A grab another client took from us (by unmapping the lock window, say) is asked for again
     // at once, and retried while someone else holds it.
     m_services.shield.onHoldLost([this] {
@@ -120,7 +121,9 @@ void LockSession::lock()
         return;
     // Security: the desktop is hidden before anything else is done for the lock; what follows
     // (the background built, the widgets filled) may take a while.
-    m_cover->show(m_services.displays.screenGeometries(), m_widgets.background.coverColour());
+    const QColor cover = m_widgets.background.coverColour();
+    if (!m_services.shield.coverDisplays(cover))
+        m_cover->show(m_services.displays.screenGeometries(), cover);
     m_widgets.background.positionLock();
     m_closing = false;
     m_lockActive = true;
@@ -353,7 +356,9 @@ void LockSession::settleOpening()
 
 void LockSession::checkScreenShown()
 {
-    const bool shown = m_services.shield.holdsKeyboard() && LockCover::drawn(shieldedWindows());
+    const bool drawn = m_services.shield.showsWindowPlace() ? LockCover::drawn(shieldedWindows())
+                                                            : m_services.shield.showsLockScreen();
+    const bool shown = m_services.shield.holdsKeyboard() && drawn;
     if (!shown && m_shownWaitedFor < shownWaitLimit) {
         m_shownWaitedFor += shownCheckInterval;
         m_shownCheck.arm(shownCheckInterval, [this] { checkScreenShown(); });
@@ -445,6 +450,7 @@ void LockSession::showCircuitWindow()
     picture->setGeometry(0, 0, screen.width(), screen.height());
     picture->setScaledContents(true);
     picture->setPixmap(ImageLibrary::named(QStringLiteral("circuit.png")).pixmap(screen.size()));
+    m_services.shield.prepareWindow(circuit.get());
     m_circuit = std::move(circuit);
     m_circuit->show();
     // Beneath the lock window: a nudge uncovers the picture, not the desktop.

@@ -8,6 +8,7 @@
 #include "platform/DesktopPicture.h"
 #include "platform/Displays.h"
 #include "platform/ImageLibrary.h"
+#include "platform/ScreenShield.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsStore.h"
 
@@ -269,6 +270,7 @@ std::unique_ptr<QWidget> BackgroundBuilder::makeCoverWindow(int index, const QRe
                                                         Qt::WindowStaysOnTopHint);
     cover->setObjectName(QStringLiteral("cover%1").arg(index));
     cover->setAttribute(Qt::WA_ShowWithoutActivating);
+    m_services.shield.prepareWindow(cover.get());
     cover->setAutoFillBackground(true);
     setWindowColour(cover.get(), QColor(Qt::black));
     cover->setGeometry(screen);

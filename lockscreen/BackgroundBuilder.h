@@ -19,6 +19,7 @@ class Displays;
 class LockScreenViews;
 class LockWindow;
 class QWidget;
+class ScreenShield;
 class SettingsStore;
 struct Preferences;
 
@@ -50,6 +51,8 @@ public:
     {
         Displays& displays;
         DesktopPicture& desktopPicture;
+        // Each further display's cover window is handed to it before it is shown.
+        ScreenShield& shield;
     };
     // `pictureShown` runs after the primary background was rebuilt from a picture (the text
     // colour is decided from it); `rebuilt` after every rebuild (the icon row is placed anew).

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+class QColor;
 class QWidget;
 
 // What keeps a lock screen in front: the keyboard and pointer grabs, raising, and watching for
@@ -40,6 +41,16 @@ public:
     // through something else (a Wayland compositor's lock surfaces), so that no slide can be
     // seen; its opacity shows either way.
     virtual bool showsWindowPlace() const { return true; }
+    // Hides every display at once, in the colour given, before the lock screen is built; false
+    // where the shield cannot, and the caller covers them itself (X11: windows of its own, see
+    // LockCover).
+    virtual bool coverDisplays(const QColor&) { return false; }
+    // Called for each lock-screen window before it is first shown: a shield that shows the
+    // windows' pictures itself keeps them off the display server.
+    virtual void prepareWindow(QWidget*) {}
+    // Where the shield shows the windows' pictures itself (showsWindowPlace() false): whether
+    // every display shows the lock screen drawn whole now.
+    virtual bool showsLockScreen() const { return false; }
 };
 
 // Synthetic pointer input.

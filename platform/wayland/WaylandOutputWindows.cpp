@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScreen>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -73,7 +74,9 @@ void WaylandOutputWindows::setWindows(const QList<QWidget*>& windows)
 
 bool WaylandOutputWindows::takeChanged()
 {
-    return std::exchange(m_changed, false);
+    // A window's opacity changes without an event to it (the fade's last step among them).
+    const bool faded = m_keyWindow && m_keyWindow->windowOpacity() != m_drawnOpacity;
+    return std::exchange(m_changed, false) || faded;
 }
 
 bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
@@ -81,11 +84,40 @@ bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
     // Whatever changes in a window (a widget updated, shown, hidden, moved) asks Qt to paint
     // the window again, with one UpdateRequest to it; the views follow those and nothing else,
     // so an unchanged lock screen costs no drawing at all.
+    if (m_holdingPaints && event->type() == QEvent::UpdateRequest) {
+        auto* window = qobject_cast<QWidget*>(watched);
+        if (window && window->isWindow() && window->testAttribute(Qt::WA_DontShowOnScreen)) {
+            if (!m_heldPaints.contains(window))
+                m_heldPaints.append(window);
+            m_changed = true;
+            return true;
+        }
+    }
     if (!m_drawing && (event->type() == QEvent::UpdateRequest || event->type() == QEvent::Show ||
                        event->type() == QEvent::Hide || event->type() == QEvent::Move ||
                        event->type() == QEvent::Resize))
         m_changed = true;
     return QObject::eventFilter(watched, event);
+}
+
+void WaylandOutputWindows::holdBackingStorePaints(bool hold)
+{
+    if (hold == m_holdingPaints)
+        return;
+    m_holdingPaints = hold;
+    // Every window's requests, those of windows not yet listed too (a further display's cover
+    // is made while the lock screen is built).
+    if (hold) {
+        QCoreApplication::instance()->installEventFilter(this);
+        return;
+    }
+    QCoreApplication::instance()->removeEventFilter(this);
+    for (const auto& window : std::as_const(m_heldPaints)) {
+        if (window)
+            QCoreApplication::postEvent(window, new QEvent(QEvent::UpdateRequest),
+                                        Qt::LowEventPriority);
+    }
+    m_heldPaints.clear();
 }
 
 int WaylandOutputWindows::matchingScreen(const WaylandOutputView& view,
@@ -135,17 +167,48 @@ QWidget* WaylandOutputWindows::windowFor(const QRect& screen) const
 QImage WaylandOutputWindows::picture(const WaylandOutputView& view)
 {
     QImage image(view.pixelSize(), QImage::Format_RGB32);
-    image.fill(Qt::black);
+    draw(view, image);
+    return image;
+}
+
+std::optional<QColor> WaylandOutputWindows::plainColour(const WaylandOutputView& view) const
+{
+    const QRect screen = screenGeometry(view);
+    const QWidget* window = windowFor(screen);
+    const bool unseen = !window || screen.isEmpty() || window->windowOpacity() <= 0 ||
+                        (m_keyWindow && m_keyWindow->windowOpacity() <= 0);
+    return unseen ? std::optional<QColor>(m_coverColour) : std::nullopt;
+}
+
+bool WaylandOutputWindows::draw(const WaylandOutputView& view, QImage& picture)
+{
+    picture.fill(m_coverColour);
     const QRect screen = screenGeometry(view);
     QWidget* window = windowFor(screen);
     if (!window || screen.isEmpty())
-        return image;
+        return false;
+    // The opening fades the whole lock screen in over the cover, every output alike, as the
+    // primary lock window fades; before it starts, the cover is all there is to draw.
+    qreal opacity = window->windowOpacity();
+    if (m_keyWindow) {
+        m_drawnOpacity = m_keyWindow->windowOpacity();
+        opacity = std::min(opacity, m_drawnOpacity);
+    }
+    if (opacity <= 0)
+        return false;
     // Drawn, not grabbed and scaled: the widgets paint themselves onto an image of the output's
     // own pixels (device pixel ratio = scale, 1.5 as well as 2), so text and lines are as sharp
-    // as the output shows, laid out at the logical size as the window is.
-    QImage part(WaylandOutputView::pixelsOf(screen.size(), view.scale), QImage::Format_RGB32);
+    // as the output shows, laid out at the logical size as the window is. Straight into the
+    // picture where it has the screen's pixels and is opaque; else into an image of the
+    // screen's pixels, then fitted and faded into the picture.
+    const QSize pixels = WaylandOutputView::pixelsOf(screen.size(), view.scale);
+    const bool straight = pixels == picture.size() && opacity >= 1;
+    if (!straight && m_fading.size() != pixels)
+        m_fading = QImage(pixels, QImage::Format_RGB32);
+    QImage& part = straight ? picture : m_fading;
+    if (!straight)
+        part.fill(m_coverColour);
     part.setDevicePixelRatio(view.scale);
-    part.fill(Qt::black);
     const QRect shown = screen.intersected(window->geometry());
     const QPoint windowOrigin = window->geometry().topLeft();
     const QList<QGraphicsEffect*> idle = setIdleEffectsEnabled(window, {}, false);
@@ -158,17 +221,13 @@ QImage WaylandOutputWindows::picture(const WaylandOutputView& view)
     QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
     m_drawing = false;
     part.setDevicePixelRatio(1);
-    // The opening fades the lock screen in over the blank outputs.
-    const qreal opacity = window->windowOpacity();
-    if (screen.size() == view.size && opacity >= 1)
-        return part;
-    // Else the screen and the lock surface may disagree on the size (a fractional scale
-    // rounded): the view is fitted to the surface.
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    if (straight)
+        return true;
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, pixels != picture.size());
     painter.setOpacity(opacity);
-    painter.drawImage(image.rect(), part);
-    return image;
+    painter.drawImage(picture.rect(), part);
+    return opacity >= 1;
 }
 
 QWidget* WaylandOutputWindows::widgetAt(const QRect& screen, QPointF global) const

@@ -2,13 +2,16 @@
 
 #include "platform/wayland/WaylandSessionLock.h"
 
+#include <QColor>
 #include <QEvent>
+#include <QImage>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
 
+#include <optional>
 #include <utility>
 
 // Which of the lock screen's windows each Wayland output shows, drawn at that output's scale,
@@ -30,8 +33,22 @@ public:
     void setKeyWindow(QWidget* window);
     // The lock screen's windows, bottom to top (ScreenShield::keepAbove's list).
     void setWindows(const QList<QWidget*>& windows);
-    // The output's view: size × scale pixels (view.pixelSize()), the scale whole or not.
+    // What shows until the lock screen's windows are drawn, and beneath them while they fade in:
+    // the colour of the picture behind them, as X11's cover.
+    void setCoverColour(const QColor& colour) { m_coverColour = colour; }
+    // Draws the output's view into `picture` (view.pixelSize() pixels, the scale whole or not);
+    // true when it shows the lock screen whole, not the cover colour or a step of the fade.
+    bool draw(const WaylandOutputView& view, QImage& picture);
+    // The cover colour, where the output's view is that and nothing else now: no window of the
+    // lock screen is there to draw yet, or the opening's fade has not begun.
+    std::optional<QColor> plainColour(const WaylandOutputView& view) const;
+    // The output's view as a picture of its own.
     QImage picture(const WaylandOutputView& view);
+    // Qt paints each shown window into a backing store of its own, though these windows are
+    // never on screen (WA_DontShowOnScreen): the whole lock window at the opening, which takes
+    // longer than the compositor takes to configure the lock surfaces. Held, those paints wait
+    // (the requests are kept, and posted again once let go), so that the cover is shown first.
+    void holdBackingStorePaints(bool hold);
     // Whether any of the windows changed since the last call: the views need drawing again.
     bool takeChanged();
     void pointer(WaylandSessionLock::PointerAction action, const WaylandOutputView& view,
@@ -56,9 +73,16 @@ private:
 
     QPointer<QWidget> m_keyWindow;
     QList<QPointer<QWidget>> m_windows;
+    QList<QPointer<QWidget>> m_heldPaints;
+    bool m_holdingPaints = false;
     QPointer<QWidget> m_hovered;
     QPointer<QWidget> m_pressed;
     Qt::MouseButtons m_buttons;
+    QColor m_coverColour = Qt::black;
+    // Where a fading view is drawn before it is laid over the cover, kept from one frame to the
+    // next (a new one would cost its pages again).
+    QImage m_fading;
+    qreal m_drawnOpacity = -1;
     bool m_changed = true;
     bool m_drawing = false;
 };

@@ -45,13 +45,18 @@ int qtKeyOf(quint32 keysym, const QString& text)
 
 WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
 {
-    m_lock.setPainter([this](const WaylandOutputView& view) { return m_windows.picture(view); });
+    m_lock.setPainter(
+        {[this](const WaylandOutputView& view) { return m_windows.plainColour(view); },
+         [this](const WaylandOutputView& view, QImage& picture) {
+             return m_windows.draw(view, picture);
+         }});
     connect(&m_lock, &WaylandSessionLock::keyPressed, this, &WaylandScreenShield::deliverKey);
     connect(&m_lock, &WaylandSessionLock::pointerEvent, this,
             [this](WaylandSessionLock::PointerAction action, const WaylandOutputView& view,
                    QPointF position,
                    int button) { m_windows.pointer(action, view, position, button); });
     connect(&m_lock, &WaylandSessionLock::finished, this, [this] {
+        m_windows.holdBackingStorePaints(false);
         m_repaint.stop();
         m_windows.reset();
         if (m_holdLost)
@@ -67,7 +72,7 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
         // seen as one.
         const bool fading = m_keyWindow && m_keyWindow->windowOpacity() < 1;
         m_repaint.setInterval(fading ? 40 : 100);
-        if (fading || m_windows.takeChanged() || ++m_quietTicks >= 50) {
+        if (fading || m_windows.takeChanged() || m_lock.owesPictures() || ++m_quietTicks >= 50) {
             m_quietTicks = 0;
             m_lock.repaint();
         }
@@ -75,11 +80,41 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
     // The lock holds a moment after it is asked for, when no caller may ask again (the lock
     // screen's retry finds it held and asks nothing more): the refreshing starts then.
     connect(&m_lock, &WaylandSessionLock::locked, this, [this] {
+        // The compositor has configured the lock surfaces (they show the cover): Qt's own
+        // painting of the windows may go on.
+        m_windows.holdBackingStorePaints(false);
         if (!m_repaint.isActive()) {
             m_lock.repaint();
-            m_repaint.start();
+            startRepainting();
         }
     });
+}
+
+bool WaylandScreenShield::coverDisplays(const QColor& colour)
+{
+    // Security: the compositor hides every output the moment it reads the request, before the
+    // lock screen is built; the lock surfaces show the cover's colour until it is.
+    m_windows.setCoverColour(colour);
+    m_lock.lock();
+    if (!m_lock.isConnected())
+        return false;
+    // Until the compositor answers (a compositor that does not, or refuses, holds nothing back
+    // for longer than a moment).
+    m_windows.holdBackingStorePaints(true);
+    QTimer::singleShot(250, this, [this] { m_windows.holdBackingStorePaints(false); });
+    return true;
+}
+
+void WaylandScreenShield::prepareWindow(QWidget* window)
+{
+    // Shown only through the lock surfaces: on XWayland it would be drawn for nobody, and the
+    // compositor shows nothing of XWayland while locked.
+    window->setAttribute(Qt::WA_DontShowOnScreen);
+}
+
+bool WaylandScreenShield::showsLockScreen() const
+{
+    return m_lock.showsLockScreen();
 }
 
 bool WaylandScreenShield::makeKey(QWidget* window)
@@ -90,9 +125,16 @@ bool WaylandScreenShield::makeKey(QWidget* window)
     m_lock.lock();
     if (m_lock.isLocked() && !m_repaint.isActive()) {
         m_lock.repaint();
-        m_repaint.start();
+        startRepainting();
     }
     return m_lock.isLocked();
+}
+
+void WaylandScreenShield::startRepainting()
+{
+    // The opening's first steps come at the fade's pace from the start.
+    const bool fading = m_keyWindow && m_keyWindow->windowOpacity() < 1;
+    m_repaint.start(fading ? 40 : 100);
 }
 
 bool WaylandScreenShield::grabPointer(QWidget*)
@@ -102,6 +144,7 @@ bool WaylandScreenShield::grabPointer(QWidget*)
 
 void WaylandScreenShield::releaseGrabs()
 {
+    m_windows.holdBackingStorePaints(false);
     m_repaint.stop();
     m_windows.reset();
     m_lock.unlock();

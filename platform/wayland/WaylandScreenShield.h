@@ -27,6 +27,9 @@ public:
     bool connectToCompositor() { return m_lock.connectToCompositor(true); }
     bool earlierLockLeftStanding() const { return m_lock.earlierLockLeftStanding(); }
 
+    bool coverDisplays(const QColor& colour) override;
+    void prepareWindow(QWidget* window) override;
+    bool showsLockScreen() const override;
     bool makeKey(QWidget* window) override;
     bool grabPointer(QWidget* window) override;
     void releaseGrabs() override;
@@ -39,6 +42,7 @@ public:
     bool showsWindowPlace() const override { return false; }
 
 private:
+    void startRepainting();
     void deliverKey(const QString& text, quint32 keysym, quint32 keycode, bool capsLock);
 
     WaylandSessionLock m_lock;

@@ -1,5 +1,6 @@
 #include "platform/wayland/WaylandSessionLock.h"
 
+#include "platform/wayland/WaylandLockOutput.h"
 #include "platform/wayland/WaylandLockRecord.h"
 
 #include "ext-session-lock-v1-client-protocol.h"
@@ -22,143 +23,6 @@
 
 namespace {
 
-struct Output
-{
-    WaylandSessionLock::Painter* painter = nullptr;
-    wl_shm* shm = nullptr;
-    uint32_t name = 0;
-    wl_output* output = nullptr;
-    wl_surface* surface = nullptr;
-    ext_session_lock_surface_v1* lockSurface = nullptr;
-    // Where the compositor offers fractional scales: the scale it prefers for the lock surface,
-    // and the viewport that shows the picture's pixels at the surface's logical size.
-    wp_fractional_scale_v1* fractionalScale = nullptr;
-    wp_viewport* viewport = nullptr;
-    QSize size;
-    // What wl_output said; the pending scale counts from its `done`.
-    QString outputName;
-    QPoint position;
-    int scale = 1;
-    int pendingScale = 1;
-    // The compositor's preferred scale for the lock surface in 120ths; 0 until it says. Kept
-    // from one lock to the next: the next surface is on the same output.
-    uint32_t preferredScale = 0;
-
-    // The scale the picture is drawn at.
-    qreal drawnScale() const
-    {
-        if (!viewport)
-            return scale;
-        // Until the compositor prefers a scale, wl_output's whole one; Qt draws nothing finer
-        // than one pixel a logical pixel, so a scale below 1 is left to the compositor.
-        return preferredScale ? std::max(1.0, preferredScale / 120.0) : qreal(scale);
-    }
-    WaylandOutputView view() const { return {name, outputName, position, size, drawnScale()}; }
-
-    void destroySurface()
-    {
-        // The surface's add-ons go first: they name the surface.
-        if (fractionalScale)
-            wp_fractional_scale_v1_destroy(fractionalScale);
-        fractionalScale = nullptr;
-        if (viewport)
-            wp_viewport_destroy(viewport);
-        viewport = nullptr;
-        if (lockSurface)
-            ext_session_lock_surface_v1_destroy(lockSurface);
-        lockSurface = nullptr;
-        if (surface)
-            wl_surface_destroy(surface);
-        surface = nullptr;
-    }
-
-    ~Output()
-    {
-        destroySurface();
-        if (output)
-            wl_output_release(output);
-    }
-};
-
-void bufferRelease(void*, wl_buffer* buffer)
-{
-    wl_buffer_destroy(buffer);
-}
-const wl_buffer_listener bufferListener{bufferRelease};
-
-// The picture in a shared-memory buffer of the compositor's format (XRGB8888 is QImage's RGB32
-// on a little-endian machine).
-wl_buffer* bufferOf(wl_shm* shm, const QImage& picture)
-{
-    const QImage image = picture.convertToFormat(QImage::Format_RGB32);
-    const int stride = image.width() * 4;
-    const size_t size = size_t(stride) * size_t(image.height());
-    const int fd = memfd_create("tessarine-lock", MFD_CLOEXEC);
-    if (fd < 0 || ftruncate(fd, off_t(size)) != 0) {
-        if (fd >= 0)
-            close(fd);
-        return nullptr;
-    }
-    void* pixels = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    if (pixels == MAP_FAILED) {
-        close(fd);
-        return nullptr;
-    }
-    for (int y = 0; y < image.height(); ++y)
-        std::memcpy(static_cast<char*>(pixels) + size_t(y) * size_t(stride), image.constScanLine(y),
-                    size_t(stride));
-    munmap(pixels, size);
-    wl_shm_pool* pool = wl_shm_create_pool(shm, fd, int32_t(size));
-    wl_buffer* buffer = wl_shm_pool_create_buffer(pool, 0, image.width(), image.height(), stride,
-                                                  WL_SHM_FORMAT_XRGB8888);
-    wl_shm_pool_destroy(pool);
-    close(fd);
-    wl_buffer_add_listener(buffer, &bufferListener, nullptr);
-    return buffer;
-}
-
-void paint(Output& output)
-{
-    if (!output.surface || output.size.isEmpty() || !output.painter || !*output.painter)
-        return;
-    // The buffer has the output's own pixels (size × scale) so that text is as sharp as the
-    // output can show it; the compositor then scales nothing. A fractional scale goes through
-    // the viewport (the buffer's pixels shown at the logical size), a whole one through the
-    // buffer scale.
-    const bool scalable =
-        wl_surface_get_version(output.surface) >= WL_SURFACE_SET_BUFFER_SCALE_SINCE_VERSION;
-    WaylandOutputView view = output.view();
-    if (!output.viewport && !scalable)
-        view.scale = 1;
-    const QSize pixels = view.pixelSize();
-    // A lock surface without a buffer gets no keys: something is always shown.
-    QImage picture = (*output.painter)(view);
-    if (picture.size() != pixels) {
-        picture = QImage(pixels, QImage::Format_RGB32);
-        picture.fill(Qt::black);
-    }
-    wl_buffer* buffer = bufferOf(output.shm, picture);
-    if (!buffer)
-        return;
-    if (output.viewport)
-        wp_viewport_set_destination(output.viewport, output.size.width(), output.size.height());
-    else if (scalable)
-        wl_surface_set_buffer_scale(output.surface, int(view.scale));
-    wl_surface_attach(output.surface, buffer, 0, 0);
-    wl_surface_damage_buffer(output.surface, 0, 0, INT32_MAX, INT32_MAX);
-    wl_surface_commit(output.surface);
-}
-
-void lockSurfaceConfigure(void* data, ext_session_lock_surface_v1* surface, uint32_t serial,
-                          uint32_t width, uint32_t height)
-{
-    auto* output = static_cast<Output*>(data);
-    output->size = QSize(int(width), int(height));
-    ext_session_lock_surface_v1_ack_configure(surface, serial);
-    paint(*output);
-}
-const ext_session_lock_surface_v1_listener lockSurfaceListener{lockSurfaceConfigure};
-
 WaylandSessionLock::PointerAction pointerActionOf(WaylandLockPointer::Action action)
 {
     switch (action) {
@@ -173,46 +37,6 @@ WaylandSessionLock::PointerAction pointerActionOf(WaylandLockPointer::Action act
     }
     return WaylandSessionLock::PointerAction::Motion;
 }
-
-// What tells the program's screens apart (the name, the position) and the scale to draw at.
-void outputGeometry(void* data, wl_output*, int32_t x, int32_t y, int32_t, int32_t, int32_t,
-                    const char*, const char*, int32_t)
-{
-    static_cast<Output*>(data)->position = QPoint(x, y);
-}
-void outputMode(void*, wl_output*, uint32_t, int32_t, int32_t, int32_t) {}
-void outputDone(void* data, wl_output*)
-{
-    auto* output = static_cast<Output*>(data);
-    const qreal drawn = output->drawnScale();
-    output->scale = output->pendingScale;
-    // A new scale: the picture is drawn again at once with the output's new pixels (where the
-    // compositor prefers a fractional scale, that one counts, and it says when it changes).
-    if (output->drawnScale() != drawn)
-        paint(*output);
-}
-void outputScale(void* data, wl_output*, int32_t factor)
-{
-    static_cast<Output*>(data)->pendingScale = std::max(1, int(factor));
-}
-void outputName(void* data, wl_output*, const char* name)
-{
-    static_cast<Output*>(data)->outputName = QString::fromUtf8(name);
-}
-void outputDescription(void*, wl_output*, const char*) {}
-const wl_output_listener outputListener{outputGeometry, outputMode, outputDone,
-                                        outputScale,    outputName, outputDescription};
-
-void preferredScale(void* data, wp_fractional_scale_v1*, uint32_t scale)
-{
-    auto* output = static_cast<Output*>(data);
-    const qreal drawn = output->drawnScale();
-    output->preferredScale = scale;
-    // The output's scale changed, or the surface has entered its output: drawn again at once.
-    if (output->drawnScale() != drawn)
-        paint(*output);
-}
-const wp_fractional_scale_v1_listener fractionalScaleListener{preferredScale};
 
 } // namespace
 
@@ -230,7 +54,7 @@ struct WaylandSessionLock::State
     wp_viewporter* viewporter = nullptr;
     ext_session_lock_v1* lock = nullptr;
     bool locked = false;
-    std::vector<std::unique_ptr<Output>> outputs;
+    std::vector<std::unique_ptr<WaylandLockOutput>> outputs;
     Painter painter;
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     xkb_keymap* keymap = nullptr;
@@ -266,26 +90,9 @@ struct WaylandSessionLock::State
         xkb_context_unref(xkb);
     }
 
-    void addLockSurface(Output& output)
+    void addLockSurface(WaylandLockOutput& output)
     {
-        if (!lock || output.lockSurface)
-            return;
-        // Nothing is drawn on the new surface before its own configure: the size of an earlier
-        // lock's surface would have a buffer attached too early, which the compositor takes as
-        // a protocol error.
-        output.size = QSize();
-        output.surface = wl_compositor_create_surface(compositor);
-        output.lockSurface =
-            ext_session_lock_v1_get_lock_surface(lock, output.surface, output.output);
-        ext_session_lock_surface_v1_add_listener(output.lockSurface, &lockSurfaceListener, &output);
-        // Fractional scales need both: the scale to draw at, and the viewport to show it.
-        if (fractionalScales && viewporter) {
-            output.fractionalScale = wp_fractional_scale_manager_v1_get_fractional_scale(
-                fractionalScales, output.surface);
-            wp_fractional_scale_v1_add_listener(output.fractionalScale, &fractionalScaleListener,
-                                                &output);
-            output.viewport = wp_viewporter_get_viewport(viewporter, output.surface);
-        }
+        output.addLockSurface(compositor, lock, {fractionalScales, viewporter});
     }
 
     // --- listeners ----------------------------------------------------------------------------
@@ -303,14 +110,13 @@ struct WaylandSessionLock::State
                 wl_registry_bind(registry, name, &wl_seat_interface, std::min(version, 5u)));
             wl_seat_add_listener(s->seat, &seatListener, s);
         } else if (std::strcmp(interface, wl_output_interface.name) == 0) {
-            auto output = std::make_unique<Output>();
-            output->painter = &s->painter;
-            output->shm = s->shm;
-            output->name = name;
             // Version 4 names the output, which is how the program's screens are matched.
-            output->output = static_cast<wl_output*>(
-                wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 4u)));
-            wl_output_add_listener(output->output, &outputListener, output.get());
+            auto output = std::make_unique<WaylandLockOutput>(
+                name,
+                static_cast<wl_output*>(
+                    wl_registry_bind(registry, name, &wl_output_interface, std::min(version, 4u))),
+                &s->painter);
+            output->setShm(s->shm);
             // An output that comes while locked is covered before it shows anything.
             s->addLockSurface(*output);
             s->outputs.push_back(std::move(output));
@@ -328,7 +134,7 @@ struct WaylandSessionLock::State
     static void globalRemove(void* data, wl_registry*, uint32_t name)
     {
         auto* s = static_cast<State*>(data);
-        std::erase_if(s->outputs, [name](const auto& output) { return output->name == name; });
+        std::erase_if(s->outputs, [name](const auto& output) { return output->name() == name; });
     }
     static constexpr wl_registry_listener registryListener{global, globalRemove};
 
@@ -384,7 +190,7 @@ struct WaylandSessionLock::State
                       int button)
     {
         for (const auto& output : outputs) {
-            if (output->surface && output->surface == surface) {
+            if (output->surface() && output->surface() == surface) {
                 emit owner->pointerEvent(pointerActionOf(action), output->view(), at, button);
                 return;
             }
@@ -458,7 +264,7 @@ bool WaylandSessionLock::connectToCompositor(bool keepRecord)
         return false;
     // The outputs' shared memory is known only once every global has been seen.
     for (auto& output : m->outputs)
-        output->shm = m->shm;
+        output->setShm(m->shm);
     if (!m->manager || !m->compositor || !m->shm)
         return false;
     // The compositor went away, or took offence: the lock is no longer ours to keep.
@@ -513,8 +319,21 @@ bool WaylandSessionLock::isLocked() const
 void WaylandSessionLock::repaint()
 {
     for (auto& output : m->outputs)
-        paint(*output);
+        output->paint();
     m->connection.flush();
+}
+
+bool WaylandSessionLock::owesPictures() const
+{
+    return std::any_of(m->outputs.begin(), m->outputs.end(),
+                       [](const auto& output) { return output->owesPicture(); });
+}
+
+bool WaylandSessionLock::showsLockScreen() const
+{
+    return m->locked && std::all_of(m->outputs.begin(), m->outputs.end(), [](const auto& output) {
+               return !output->hasLockSurface() || output->showsWholePicture();
+           });
 }
 
 int WaylandSessionLock::outputCount() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QObject>
 #include <QPoint>
@@ -9,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 // A lock of a Wayland session through the compositor (the ext-session-lock-v1 protocol), on a
 // Wayland connection of its own: the compositor hides every output the moment the lock is asked
@@ -55,8 +57,17 @@ class WaylandSessionLock : public QObject
 {
     Q_OBJECT
 public:
-    // A picture for one output, of view.pixelSize() pixels.
-    using Painter = std::function<QImage(const WaylandOutputView& view)>;
+    struct Painter
+    {
+        // The one colour an output shows now, when it shows nothing else (the cover, before the
+        // lock screen is drawn): a single pixel the compositor stretches over the output, with
+        // nothing to draw. Empty when there is a picture to draw, or no function.
+        std::function<std::optional<QColor>(const WaylandOutputView& view)> plainColour;
+        // Draws the picture of one output into `picture` (view.pixelSize() pixels, in the buffer
+        // the compositor will read); true when it shows the lock screen whole, not a cover
+        // colour or a step of the opening's fade.
+        std::function<bool(const WaylandOutputView& view, QImage& picture)> draw;
+    };
     enum class PointerAction
     {
         Motion,
@@ -82,6 +93,10 @@ public:
     bool isLocked() const;
     // Paints every output again (the picture changed).
     void repaint();
+    // A picture was left undrawn while the compositor still read every buffer of its output.
+    bool owesPictures() const;
+    // Locked, and every output shows the lock screen drawn whole.
+    bool showsLockScreen() const;
     int outputCount() const;
     // The compositor still holds the lock of an earlier Tessarine that died while locked.
     bool earlierLockLeftStanding() const;

@@ -10,7 +10,9 @@
 #include "platform/ScreenShield.h"
 #include "platform/SystemEvents.h"
 #include <mutex>
+#include <optional>
 
+#include <QColor>
 #include <QList>
 #include <QPoint>
 #include <QStringList>
@@ -70,6 +72,19 @@ public:
             holdLost();
     }
     void keepAbove(const QList<QWidget*>& windows) override { above = windows; }
+    // True plays a compositor's lock, which hides the displays itself: the colour it was given.
+    bool coversDisplays = false;
+    std::optional<QColor> coveredWith;
+    bool coverDisplays(const QColor& colour) override
+    {
+        if (coversDisplays)
+            coveredWith = colour;
+        return coversDisplays;
+    }
+    QList<QWidget*> prepared;
+    void prepareWindow(QWidget* window) override { prepared.append(window); }
+    bool lockScreenShown = false;
+    bool showsLockScreen() const override { return lockScreenShown; }
     int refreshes = 0;
     bool keyboardWanted = false;
     bool pointerWanted = false;

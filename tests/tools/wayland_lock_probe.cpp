@@ -18,11 +18,10 @@ int main(int argc, char** argv)
         std::printf("no lock protocol\n");
         return 1;
     }
-    lock.setPainter([colour](const WaylandOutputView& view) {
-        QImage picture(view.pixelSize(), QImage::Format_RGB32);
-        picture.fill(colour);
-        return picture;
-    });
+    lock.setPainter({{}, [colour](const WaylandOutputView&, QImage& picture) {
+                         picture.fill(colour);
+                         return true;
+                     }});
     QString typed;
     QObject::connect(&lock, &WaylandSessionLock::locked, [] {
         std::printf("locked\n");

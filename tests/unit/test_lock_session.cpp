@@ -107,6 +107,43 @@ private slots:
         QCOMPARE(program.motion.log, QStringList({"opacity 0", "move 0,0", "fadeIn 400"}));
     }
 
+    void aShieldThatHidesTheDisplaysItselfIsAskedFirstAndNoCoverIsShown()
+    {
+        // A compositor's lock: it blanks every output as the lock is asked for, and its lock
+        // surfaces show the windows, which stay off the display server.
+        TestLibrary library;
+        library.configure("<key>startAnimation</key><integer>0</integer>");
+        StartedProgram program(library.folder());
+        program.shield.windowPlaceShown = false;
+        program.shield.coversDisplays = true;
+        QVERIFY(program.shield.prepared.contains(program.delegate->window()));
+        program.delegate->lock();
+        // The colour of the background last built: before any, a dark grey like linen's.
+        QCOMPARE(program.shield.coveredWith, std::optional<QColor>(QColor(0x2b, 0x2f, 0x36)));
+        QVERIFY(program.delegate->session()->coverWindows().isEmpty());
+        QVERIFY(program.shield.keyboard);
+
+        // Before sleep: shown once the shield says the lock screen is drawn everywhere, not when
+        // the windows are (they are never on the display server).
+        bool shown = false;
+        program.delegate->whenLockShown([&shown] { shown = true; });
+        program.scheduler.advance(50ms);
+        QVERIFY(!shown);
+        program.shield.lockScreenShown = true;
+        program.scheduler.advance(5ms);
+        QVERIFY(shown);
+    }
+
+    void aShieldThatCannotHideTheDisplaysLeavesItToTheCover()
+    {
+        TestLibrary library;
+        library.configure("");
+        StartedProgram program(library.folder());
+        program.delegate->lock();
+        QVERIFY(!program.shield.coveredWith);
+        QCOMPARE(program.delegate->session()->coverWindows().size(), 1);
+    }
+
     void anOpeningPastTheFourDirectionsStaysAboveTheDisplay()
     {
         TestLibrary library;

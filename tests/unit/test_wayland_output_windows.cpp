@@ -29,6 +29,17 @@ protected:
     }
 };
 
+// A widget that counts the times Qt has it paint itself.
+class CountedPaints : public QWidget
+{
+public:
+    using QWidget::QWidget;
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override { ++paints; }
+};
+
 WaylandOutputView primaryView(qreal scale)
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
@@ -226,6 +237,82 @@ private slots:
         field->hide();
         QCoreApplication::processEvents();
         QVERIFY(windows.takeChanged());
+    }
+
+    void theOpeningShowsTheCoverThenFadesTheLockScreenInOverIt()
+    {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QWidget* window = filledBox(nullptr, screen, Qt::white);
+        const QScopedPointer<QWidget> owner(window);
+        window->setWindowOpacity(0);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        WaylandOutputWindows windows;
+        const QColor cover(0x33, 0x66, 0x99);
+        windows.setCoverColour(cover);
+        windows.setKeyWindow(window);
+        windows.setWindows({window});
+        const WaylandOutputView view = primaryView(1);
+
+        // Before the fade starts: the cover's colour alone, which needs no drawing.
+        QCOMPARE(windows.plainColour(view), std::optional<QColor>(cover));
+        QImage picture(view.pixelSize(), QImage::Format_RGB32);
+        QVERIFY(!windows.draw(view, picture));
+        QCOMPARE(QColor(picture.pixel(5, 5)), cover);
+
+        // Half way: the lock screen over the cover, neither one nor the other.
+        window->setWindowOpacity(0.5);
+        QVERIFY(windows.takeChanged());
+        QCOMPARE(windows.plainColour(view), std::nullopt);
+        QVERIFY(!windows.draw(view, picture));
+        const QColor half(picture.pixel(5, 5));
+        QVERIFY2(half.red() > cover.red() + 40 && half.red() < 255 - 40, qPrintable(half.name()));
+        QVERIFY(half.blue() > cover.blue() && half.blue() < 255);
+
+        // Opaque: the lock screen whole. The fade's last step is a change, though the window
+        // hears of it no more than of the others.
+        window->setWindowOpacity(1);
+        QVERIFY(windows.takeChanged());
+        QVERIFY(windows.draw(view, picture));
+        QCOMPARE(QColor(picture.pixel(5, 5)), QColor(Qt::white));
+        QVERIFY(!windows.takeChanged());
+        // A further display's window fades with the primary one.
+        QWidget* further = filledBox(nullptr, screen, Qt::black);
+        const QScopedPointer<QWidget> furtherOwner(further);
+        further->show();
+        windows.setWindows({window, further});
+        window->setWindowOpacity(0);
+        QCOMPARE(windows.plainColour(view), std::optional<QColor>(cover));
+    }
+
+    void paintsHeldBackHappenOnceLetGo()
+    {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QWidget window;
+        window.setAttribute(Qt::WA_DontShowOnScreen);
+        window.setGeometry(screen);
+        auto* part = new CountedPaints(&window);
+        part->setGeometry(10, 10, 100, 30);
+        window.show();
+        QCoreApplication::processEvents();
+        WaylandOutputWindows windows;
+        windows.setWindows({&window});
+        const int before = part->paints;
+
+        windows.holdBackingStorePaints(true);
+        part->update();
+        QCoreApplication::processEvents();
+        QCOMPARE(part->paints, before);
+        // Held back from Qt's own painting, not from the lock surfaces: the view is drawn anew.
+        QVERIFY(windows.takeChanged());
+
+        windows.holdBackingStorePaints(false);
+        QCoreApplication::processEvents();
+        QCOMPARE(part->paints, before + 1);
+        // And Qt goes on painting the window as before.
+        part->update();
+        QCoreApplication::processEvents();
+        QCOMPARE(part->paints, before + 2);
     }
 
     void aClickReachesTheButtonUnderThePoint()
