@@ -76,6 +76,11 @@ bool WaylandOutputWindows::takeChanged()
     return std::exchange(m_changed, false);
 }
 
+bool WaylandOutputWindows::takeMoved()
+{
+    return std::exchange(m_moved, false);
+}
+
 bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
 {
     // Whatever changes in a window (a widget updated, shown, hidden, moved) asks Qt to paint
@@ -85,6 +90,9 @@ bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
                        event->type() == QEvent::Hide || event->type() == QEvent::Move ||
                        event->type() == QEvent::Resize))
         m_changed = true;
+    // A window moving (the wrong-key nudge) is a picture that changes on every step.
+    if (event->type() == QEvent::Move)
+        m_moved = true;
     return QObject::eventFilter(watched, event);
 }
 
@@ -119,13 +127,23 @@ QRect WaylandOutputWindows::screenGeometry(const WaylandOutputView& view) const
     return primary ? primary->geometry() : QRect(QPoint(0, 0), view.size);
 }
 
-QWidget* WaylandOutputWindows::windowFor(const QRect& screen) const
+QWidget* WaylandOutputWindows::windowFor(const QRect& screen, const QWidget* above) const
 {
     const QPoint centre = screen.center();
-    for (auto window = m_windows.crbegin(); window != m_windows.crend(); ++window) {
+    auto window = m_windows.crbegin();
+    if (above) {
+        while (window != m_windows.crend() && *window != above)
+            ++window;
+        if (window == m_windows.crend())
+            return nullptr;
+        ++window;
+    }
+    for (; window != m_windows.crend(); ++window) {
         if (*window && (*window)->isVisible() && (*window)->geometry().contains(centre))
             return *window;
     }
+    if (above)
+        return nullptr;
     // Before the list is known (or once it is cleared) the primary lock window is all there is.
     if (m_keyWindow && m_keyWindow->geometry().contains(centre))
         return m_keyWindow;
@@ -145,17 +163,13 @@ QImage WaylandOutputWindows::picture(const WaylandOutputView& view)
     QImage part(screen.size() * view.scale, QImage::Format_RGB32);
     part.setDevicePixelRatio(view.scale);
     part.fill(Qt::black);
-    const QRect shown = screen.intersected(window->geometry());
-    const QPoint windowOrigin = window->geometry().topLeft();
-    const QList<QGraphicsEffect*> idle = setIdleEffectsEnabled(window, {}, false);
-    window->render(&part, shown.topLeft() - screen.topLeft(),
-                   QRegion(shown.translated(-windowOrigin)));
-    setIdleEffectsEnabled(window, idle, true);
-    // Switching the effects asked for the window to be painted again, which is no change of
-    // the view: the request is served now, unheard.
-    m_drawing = true;
-    QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
-    m_drawing = false;
+    // A window moved off its place (the wrong-key nudge) uncovers the window beneath it, as the
+    // X server would show it: on the primary output the circuit picture, else a cover.
+    if (!window->geometry().contains(screen)) {
+        if (QWidget* beneath = windowFor(screen, window))
+            drawWindow(part, beneath, screen);
+    }
+    drawWindow(part, window, screen);
     part.setDevicePixelRatio(1);
     // The opening fades the lock screen in over the blank outputs.
     const qreal opacity = window->windowOpacity();
@@ -168,6 +182,22 @@ QImage WaylandOutputWindows::picture(const WaylandOutputView& view)
     painter.setOpacity(opacity);
     painter.drawImage(image.rect(), part);
     return image;
+}
+
+void WaylandOutputWindows::drawWindow(QImage& part, QWidget* window, const QRect& screen)
+{
+    // The window's part of the screen, where the window is now: a window moved is drawn moved.
+    const QRect shown = screen.intersected(window->geometry());
+    const QPoint windowOrigin = window->geometry().topLeft();
+    const QList<QGraphicsEffect*> idle = setIdleEffectsEnabled(window, {}, false);
+    window->render(&part, shown.topLeft() - screen.topLeft(),
+                   QRegion(shown.translated(-windowOrigin)));
+    setIdleEffectsEnabled(window, idle, true);
+    // Switching the effects asked for the window to be painted again, which is no change of
+    // the view: the request is served now, unheard.
+    m_drawing = true;
+    QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
+    m_drawing = false;
 }
 
 QWidget* WaylandOutputWindows::widgetAt(const QRect& screen, QPointF global) const

@@ -34,6 +34,8 @@ public:
     QImage picture(const WaylandOutputView& view);
     // Whether any of the windows changed since the last call: the views need drawing again.
     bool takeChanged();
+    // Whether any of the windows moved since the last call: it may still be moving.
+    bool takeMoved();
     void pointer(WaylandSessionLock::PointerAction action, const WaylandOutputView& view,
                  QPointF position, int button);
     // The lock has ended: no widget is under a pointer of ours any more.
@@ -49,7 +51,9 @@ protected:
 
 private:
     QRect screenGeometry(const WaylandOutputView& view) const;
-    QWidget* windowFor(const QRect& screen) const;
+    // The topmost visible window over the screen's centre; with above, the topmost beneath it.
+    QWidget* windowFor(const QRect& screen, const QWidget* above = nullptr) const;
+    void drawWindow(QImage& part, QWidget* window, const QRect& screen);
     QWidget* widgetAt(const QRect& screen, QPointF global) const;
     void send(QWidget* target, QEvent::Type type, QPointF global, int button);
     void hover(QWidget* widget, QPointF global);
@@ -60,5 +64,6 @@ private:
     QPointer<QWidget> m_pressed;
     Qt::MouseButtons m_buttons;
     bool m_changed = true;
+    bool m_moved = false;
     bool m_drawing = false;
 };
