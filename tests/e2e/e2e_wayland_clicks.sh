@@ -3,7 +3,10 @@
 # virtual-pointer protocol) moves to a point of the layout and presses the left button. Seen with
 # grim from outside: a click on the lock screen's background changes nothing and does not
 # unlock; a click on do-not-disturb brings the password field (as on X11); the password typed on
-# the lock surface still unlocks. Each output shows the whole of the rig's 1280x800 X screen
+# the lock surface still unlocks. The pointer shows Tessarine's own arrow where the cursor theme
+# has none: the theme here (XCURSOR_THEME) holds only a green "wait" cursor, XCURSOR_SIZE is 64,
+# and grim's picture with cursors shows a dark arrow over 40 pixels tall at the pointer, no
+# green, where the compositor's own cursor would be 24. Each output shows the whole of the rig's 1280x800 X screen
 # (no RandR monitor is named after an output), fitted to the output, so the points below are the
 # lock screen's, scaled to the output.
 #   e2e_wayland_clicks.sh labwc|sway
@@ -17,6 +20,10 @@ write_options "<key>desktopImageType</key><integer>2</integer>
 <key>showTime</key><true/><key>showBattery</key><true/><key>showDoNotDisturb</key><true/>
 <key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
 <key>flat</key><false/>"
+# A theme without an arrow: neither "default" nor "left_ptr".
+/usr/bin/python3 "$TESTS_DIR/tools/xcursor_theme.py" "$RIG_DIR/icons/bare" wait 64:00ff00 ||
+    fail "no cursor theme"
+export XCURSOR_PATH=$RIG_DIR/icons XCURSOR_THEME=bare XCURSOR_SIZE=64
 session_start
 # The virtual pointer gives the seat a pointer; its standard input takes the actions.
 mkfifo "$RIG_DIR/pointer.in"
@@ -72,5 +79,19 @@ wait_until 5 field_shown || fail "a click on do-not-disturb did not bring the pa
 lock_shown || fail "the click on do-not-disturb unlocked"
 [ -n "${SCREENSHOT_DIR:-}" ] && mkdir -p "$SCREENSHOT_DIR" &&
     cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/field.png" "$SCREENSHOT_DIR/wayland-field-$compositor.png"
+
+# The arrow drawn by Tessarine, its tip at the pointer on the white background.
+act move 200 180 "$layout_w" "$layout_h" || fail "the virtual pointer could not move"
+arrow_height() { # of the dark pixels in the box below and right of the pointer
+    in_chroot grim -c -g "195,175 80x80" "$WAYLAND_RUNTIME/arrow.png" &&
+        convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/arrow.png" -colorspace Gray -threshold 30% -negate \
+            -bordercolor black -border 1 -trim -format '%h' info:
+}
+arrow_shown() { [ "$(arrow_height)" -ge 40 ]; }
+wait_until 3 arrow_shown || fail "no arrow of Tessarine's own at the pointer ($(arrow_height) pixels tall)"
+[ "$(convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/arrow.png" -fill black +opaque '#00ff00' -fill white \
+    -opaque '#00ff00' -format '%[fx:int(mean*w*h+0.5)]' info:)" = 0 ] ||
+    fail "the theme's wait cursor shows at the pointer"
+[ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/arrow.png" "$SCREENSHOT_DIR/wayland-arrow-$compositor.png"
 unlock_with_password "after the clicks"
 echo PASS
