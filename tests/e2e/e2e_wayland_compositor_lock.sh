@@ -19,7 +19,8 @@ start_tessarine_in_session
 wait_until 5 lock_shown || fail "not every output shows the lock screen"
 
 # The nudge, seen from outside: one column of the first output (through the line under the lock
-# image and the background's weave, clear of the lock image, which swings with each key) sampled with grim while wrong keys come 0.6 s apart.
+# image and the background's weave, clear of the lock image, which swings with each key) sampled
+# with grim while wrong keys come 0.5 s apart (a key within 0.4 s of a nudge nudges nothing).
 # Some sample shows the picture moved down, and once the keys stop it is back in its place.
 in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/rest.png" || fail "no picture of the lock screen"
 rest="$WAYLAND_CHROOT$WAYLAND_RUNTIME/rest.png"
@@ -30,9 +31,9 @@ most=$((height / 10)) # the nudge is 40 of the lock screen's 800 points, fitted 
 column_now() { # FILE: the column as the output shows it now
     in_chroot grim -g "$column_x,0 1x$height" -t ppm - >"$1" 2>/dev/null
 }
-sleep 0.8 # the swing of the lock image from the opening's click has ended
+sleep 0.5 # the first paint has settled, and the swing of the lock image at the opening has ended
 column_now "$RIG_DIR/rest.ppm" || fail "grim could not sample the lock screen"
-in_chroot env LC_ALL=C.UTF-8 wtype -s 100 q -s 600 w -s 600 q -s 600 w &
+in_chroot env LC_ALL=C.UTF-8 wtype -s 100 q -s 500 w -s 500 q -s 500 w &
 typist=$!
 samples=()
 while kill -0 "$typist" 2>/dev/null; do
