@@ -5,10 +5,10 @@
 # unlock; a click on do-not-disturb brings the password field (as on X11); the password typed on
 # the lock surface still unlocks. The pointer shows Tessarine's own arrow where the cursor theme
 # has none: the theme here (XCURSOR_THEME) holds only a green "wait" cursor, XCURSOR_SIZE is 64,
-# and grim's picture with cursors shows a dark arrow over 40 pixels tall at the pointer, no
-# green, where the compositor's own cursor would be 24. Each output shows the whole of the rig's 1280x800 X screen
-# (no RandR monitor is named after an output), fitted to the output, so the points below are the
-# lock screen's, scaled to the output.
+# and grim's picture with cursors shows a dark arrow over 40 pixels tall at the pointer and no
+# green (labwc's own arrow, shown when a client sets none, is 14 pixels tall). Each output shows
+# the whole of the rig's 1280x800 X screen (no RandR monitor is named after an output), fitted to
+# the output, so the points below are the lock screen's, scaled to the output.
 #   e2e_wayland_clicks.sh labwc|sway
 set -u
 compositor=$1
