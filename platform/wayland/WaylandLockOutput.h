@@ -51,6 +51,8 @@ public:
     // Draws the picture (a buffer of the output's pixels, given to the painter) and commits it.
     void paint();
     WaylandOutputView view() const;
+    // wl_output's whole scale (the cursor's size follows it).
+    int outputScale() const { return m_scale; }
     // The last picture committed showed the lock screen whole (not the cover colour, nor a
     // step of the opening's fade).
     bool showsWholePicture() const { return m_surface && m_wholeShown; }

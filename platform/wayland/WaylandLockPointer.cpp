@@ -39,8 +39,10 @@ void axisDiscrete(void*, wl_pointer*, uint32_t, int32_t) {}
 
 } // namespace
 
-WaylandLockPointer::WaylandLockPointer(wl_seat* seat, Handler handler)
-    : m_pointer(wl_seat_get_pointer(seat)), m_handler(std::move(handler))
+WaylandLockPointer::WaylandLockPointer(wl_seat* seat, wl_compositor* compositor, wl_shm* shm,
+                                       Handler handler, ScaleOf scaleOf)
+    : m_pointer(wl_seat_get_pointer(seat)), m_handler(std::move(handler)),
+      m_scaleOf(std::move(scaleOf)), m_cursor(compositor, shm)
 {
     // The seat is bound at version 5 at most: later events (value120, relative direction)
     // never come.
@@ -57,14 +59,15 @@ WaylandLockPointer::~WaylandLockPointer()
         wl_pointer_destroy(m_pointer);
 }
 
-void WaylandLockPointer::enter(void* data, wl_pointer*, uint32_t, wl_surface* surface, int32_t x,
-                               int32_t y)
+void WaylandLockPointer::enter(void* data, wl_pointer* pointer, uint32_t serial,
+                               wl_surface* surface, int32_t x, int32_t y)
 {
     auto* self = static_cast<WaylandLockPointer*>(data);
     self->m_surface = surface;
     self->m_position = pointOf(x, y);
-    // No cursor image is set: the compositor goes on showing the one it showed, so the pointer
-    // stays visible over the lock screen's buttons.
+    // The compositor shows only the cursor a client sets on entering, so the user sees where
+    // the pointer is over the lock screen's buttons.
+    self->m_cursor.show(pointer, serial, self->m_scaleOf ? self->m_scaleOf(surface) : 1);
     self->m_handler(Action::Motion, surface, self->m_position, Qt::NoButton);
 }
 

@@ -1,17 +1,22 @@
 #pragma once
 
+#include "platform/wayland/WaylandLockCursor.h"
+
 #include <QPointF>
 
 #include <functional>
 
+struct wl_compositor;
 struct wl_pointer;
+struct wl_shm;
 struct wl_seat;
 struct wl_surface;
 
 // The seat's pointer on the lock's own Wayland connection. The compositor sends pointer events
 // only for the surface under the pointer, and while locked only lock surfaces are shown, so
 // every event here is one on a lock surface; each is reported with that surface and the point in
-// its coordinates (the surface's size as configured, not buffer pixels).
+// its coordinates (the surface's size as configured, not buffer pixels). Over a lock surface the
+// pointer shows an arrow of ours (WaylandLockCursor).
 class WaylandLockPointer
 {
 public:
@@ -24,8 +29,11 @@ public:
     };
     // The button is Qt's for Press and Release (Qt::LeftButton, ...), else Qt::NoButton.
     using Handler = std::function<void(Action, wl_surface*, QPointF, int button)>;
+    // The integer scale of the output a surface is on.
+    using ScaleOf = std::function<int(wl_surface*)>;
 
-    WaylandLockPointer(wl_seat* seat, Handler handler);
+    WaylandLockPointer(wl_seat* seat, wl_compositor* compositor, wl_shm* shm, Handler handler,
+                       ScaleOf scaleOf);
     ~WaylandLockPointer();
     WaylandLockPointer(const WaylandLockPointer&) = delete;
     WaylandLockPointer& operator=(const WaylandLockPointer&) = delete;
@@ -42,4 +50,6 @@ private:
     wl_surface* m_surface = nullptr;
     QPointF m_position;
     Handler m_handler;
+    ScaleOf m_scaleOf;
+    WaylandLockCursor m_cursor;
 };

@@ -79,6 +79,11 @@ bool WaylandOutputWindows::takeChanged()
     return std::exchange(m_changed, false) || faded;
 }
 
+bool WaylandOutputWindows::takeMoved()
+{
+    return std::exchange(m_moved, false);
+}
+
 bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
 {
     // Whatever changes in a window (a widget updated, shown, hidden, moved) asks Qt to paint
@@ -97,6 +102,9 @@ bool WaylandOutputWindows::eventFilter(QObject* watched, QEvent* event)
                        event->type() == QEvent::Hide || event->type() == QEvent::Move ||
                        event->type() == QEvent::Resize))
         m_changed = true;
+    // A window moving (the wrong-key nudge) is a picture that changes on every step.
+    if (event->type() == QEvent::Move)
+        m_moved = true;
     return QObject::eventFilter(watched, event);
 }
 
@@ -151,13 +159,23 @@ QRect WaylandOutputWindows::screenGeometry(const WaylandOutputView& view) const
     return primary ? primary->geometry() : QRect(QPoint(0, 0), view.size);
 }
 
-QWidget* WaylandOutputWindows::windowFor(const QRect& screen) const
+QWidget* WaylandOutputWindows::windowFor(const QRect& screen, const QWidget* above) const
 {
     const QPoint centre = screen.center();
-    for (auto window = m_windows.crbegin(); window != m_windows.crend(); ++window) {
+    auto window = m_windows.crbegin();
+    if (above) {
+        while (window != m_windows.crend() && *window != above)
+            ++window;
+        if (window == m_windows.crend())
+            return nullptr;
+        ++window;
+    }
+    for (; window != m_windows.crend(); ++window) {
         if (*window && (*window)->isVisible() && (*window)->geometry().contains(centre))
             return *window;
     }
+    if (above)
+        return nullptr;
     // Before the list is known (or once it is cleared) the primary lock window is all there is.
     if (m_keyWindow && m_keyWindow->geometry().contains(centre))
         return m_keyWindow;
@@ -209,6 +227,26 @@ bool WaylandOutputWindows::draw(const WaylandOutputView& view, QImage& picture)
     if (!straight)
         part.fill(m_coverColour);
     part.setDevicePixelRatio(view.scale);
+    // A window moved off its place (the wrong-key nudge) uncovers the window beneath it, as the
+    // X server would show it: on the primary output the circuit picture, else a cover.
+    if (!window->geometry().contains(screen)) {
+        if (QWidget* beneath = windowFor(screen, window))
+            drawWindow(part, beneath, screen);
+    }
+    drawWindow(part, window, screen);
+    part.setDevicePixelRatio(1);
+    if (straight)
+        return true;
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, pixels != picture.size());
+    painter.setOpacity(opacity);
+    painter.drawImage(picture.rect(), part);
+    return opacity >= 1;
+}
+
+void WaylandOutputWindows::drawWindow(QImage& part, QWidget* window, const QRect& screen)
+{
+    // The window's part of the screen, where the window is now: a window moved is drawn moved.
     const QRect shown = screen.intersected(window->geometry());
     const QPoint windowOrigin = window->geometry().topLeft();
     const QList<QGraphicsEffect*> idle = setIdleEffectsEnabled(window, {}, false);
@@ -220,14 +258,6 @@ bool WaylandOutputWindows::draw(const WaylandOutputView& view, QImage& picture)
     m_drawing = true;
     QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
     m_drawing = false;
-    part.setDevicePixelRatio(1);
-    if (straight)
-        return true;
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, pixels != picture.size());
-    painter.setOpacity(opacity);
-    painter.drawImage(picture.rect(), part);
-    return opacity >= 1;
 }
 
 QWidget* WaylandOutputWindows::widgetAt(const QRect& screen, QPointF global) const

@@ -51,6 +51,8 @@ public:
     void holdBackingStorePaints(bool hold);
     // Whether any of the windows changed since the last call: the views need drawing again.
     bool takeChanged();
+    // Whether any of the windows moved since the last call: it may still be moving.
+    bool takeMoved();
     void pointer(WaylandSessionLock::PointerAction action, const WaylandOutputView& view,
                  QPointF position, int button);
     // The lock has ended: no widget is under a pointer of ours any more.
@@ -66,7 +68,9 @@ protected:
 
 private:
     QRect screenGeometry(const WaylandOutputView& view) const;
-    QWidget* windowFor(const QRect& screen) const;
+    // The topmost visible window over the screen's centre; with above, the topmost beneath it.
+    QWidget* windowFor(const QRect& screen, const QWidget* above = nullptr) const;
+    void drawWindow(QImage& part, QWidget* window, const QRect& screen);
     QWidget* widgetAt(const QRect& screen, QPointF global) const;
     void send(QWidget* target, QEvent::Type type, QPointF global, int button);
     void hover(QWidget* widget, QPointF global);
@@ -84,5 +88,6 @@ private:
     QImage m_fading;
     qreal m_drawnOpacity = -1;
     bool m_changed = true;
+    bool m_moved = false;
     bool m_drawing = false;
 };

@@ -68,11 +68,14 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
     // machine, and keys wait meanwhile), and every five seconds all the same.
     m_repaint.setInterval(100);
     connect(&m_repaint, &QTimer::timeout, this, [this] {
-        // More often, and every time, while the opening fades in (0.4 s), so that the fade is
-        // seen as one.
+        // More often, and every time, while the opening fades in (0.4 s) and while a window
+        // moves (the wrong-key nudge, 0.2 s), so that either is seen as a movement; the tick
+        // after the last step draws the window back in its place.
         const bool fading = m_keyWindow && m_keyWindow->windowOpacity() < 1;
-        m_repaint.setInterval(fading ? 40 : 100);
-        if (fading || m_windows.takeChanged() || m_lock.owesPictures() || ++m_quietTicks >= 50) {
+        const bool moving = m_windows.takeMoved();
+        m_repaint.setInterval(fading || moving ? 40 : 100);
+        if (fading || moving || m_windows.takeChanged() || m_lock.owesPictures() ||
+            ++m_quietTicks >= 50) {
             m_quietTicks = 0;
             m_lock.repaint();
         }

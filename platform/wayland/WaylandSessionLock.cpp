@@ -177,8 +177,10 @@ struct WaylandSessionLock::State
         const bool pointer = capabilities & WL_SEAT_CAPABILITY_POINTER;
         if (pointer && !s->pointer) {
             s->pointer = std::make_unique<WaylandLockPointer>(
-                seat, [s](WaylandLockPointer::Action action, wl_surface* surface, QPointF at,
-                          int button) { s->pointerMoved(action, surface, at, button); });
+                seat, s->compositor, s->shm,
+                [s](WaylandLockPointer::Action action, wl_surface* surface, QPointF at,
+                    int button) { s->pointerMoved(action, surface, at, button); },
+                [s](wl_surface* surface) { return s->scaleOf(surface); });
         } else if (!pointer) {
             s->pointer.reset();
         }
@@ -195,6 +197,14 @@ struct WaylandSessionLock::State
                 return;
             }
         }
+    }
+    int scaleOf(wl_surface* surface) const
+    {
+        for (const auto& output : outputs) {
+            if (output->surface() && output->surface() == surface)
+                return output->outputScale();
+        }
+        return 1;
     }
     static void seatName(void*, wl_seat*, const char*) {}
     static constexpr wl_seat_listener seatListener{seatCapabilities, seatName};

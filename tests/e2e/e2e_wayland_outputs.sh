@@ -13,6 +13,10 @@
 #     differ within 2x2 blocks, where a picture drawn at scale 1 and scaled up would not;
 #   - a click on the background does not unlock, a click on do-not-disturb brings the password
 #     field (as on X11);
+#   - over each lock surface the pointer shows the cursor theme's arrow at that output's scale:
+#     the test's own theme (XCURSOR_PATH, XCURSOR_THEME) has a green 24-pixel square and a blue
+#     48-pixel one, and grim's pictures with cursors show 24x24 green pixels on HEADLESS-1 and
+#     48x48 blue ones on HEADLESS-2;
 #   - both outputs turned to scale 1.5 while locked (the same layout, 1920x1200 and 1536x1152
 #     pixels): each picture has the output's own pixels, the lock image's keyhole is 1.5 times
 #     its size at scale 1 (3/4 of it at scale 2) in the same place, and the desktop picture's one-pixel
@@ -42,6 +46,10 @@ write_options "<key>desktopImageType</key><integer>2</integer>
 <key>showTime</key><true/><key>showBattery</key><true/><key>showDoNotDisturb</key><true/>
 <key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
 <key>flat</key><false/>"
+# The cursor theme Tessarine reads, of squares whose colour tells the size chosen.
+/usr/bin/python3 "$TESTS_DIR/tools/xcursor_theme.py" "$RIG_DIR/icons/probe" default 24:00ff00 48:0000ff ||
+    fail "no cursor theme"
+export XCURSOR_PATH=$RIG_DIR/icons XCURSOR_THEME=probe XCURSOR_SIZE=24
 compositor_start "$compositor"
 case $? in
 0) ;;
@@ -139,6 +147,27 @@ click 665 727 || fail "swaymsg could not click"
 wait_until 5 field_shown || fail "a click on do-not-disturb did not bring the password field"
 lock_shown || fail "the click on do-not-disturb unlocked"
 [ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/field.png" "$SCREENSHOT_DIR/wayland-field.png"
+
+# The cursor: the pointer's square, its hotspot (top-left) at the point, in grim's pictures with
+# cursors (-c) of a box around it, in the output's own pixels.
+cursor_pixels() { # X Y COLOUR: pixels of that colour in the 60x60 box from X-10,Y-10 of the layout
+    in_chroot grim -c -g "$(($1 - 10)),$(($2 - 10)) 60x60" "$WAYLAND_RUNTIME/cursor.png" &&
+        convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/cursor.png" -fill black +opaque "$3" \
+            -fill white -opaque "$3" -format '%[fx:int(mean*w*h+0.5)]' info:
+}
+cursor_shown() { # X Y COLOUR LEAST
+    [ "$(cursor_pixels "$1" "$2" "$3")" -ge "$4" ]
+}
+in_chroot swaymsg seat seat0 cursor set 1700 300 >/dev/null || fail "swaymsg could not move the cursor"
+wait_until 3 cursor_shown 1700 300 '#00ff00' 500 ||
+    fail "no 24-pixel arrow of the theme over HEADLESS-1 ($(cursor_pixels 1700 300 '#00ff00') green pixels)"
+[ "$(cursor_pixels 1700 300 '#00ff00')" -le 600 ] || fail "the arrow over HEADLESS-1 is not 24x24"
+in_chroot swaymsg seat seat0 cursor set 300 300 >/dev/null || fail "swaymsg could not move the cursor"
+wait_until 3 cursor_shown 300 300 '#0000ff' 2200 ||
+    fail "no 48-pixel arrow over the scale-2 output ($(cursor_pixels 300 300 '#0000ff') blue, $(cursor_pixels 300 300 '#00ff00') green pixels)"
+[ "$(cursor_pixels 300 300 '#00ff00')" = 0 ] || fail "the scale-2 output shows the 24-pixel arrow"
+[ -n "${SCREENSHOT_DIR:-}" ] && cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/cursor.png" "$SCREENSHOT_DIR/wayland-cursor.png"
+
 # Scale 1.5 on both outputs, the layout as it was: the compositor prefers 1.5 for the lock
 # surfaces, which are drawn again at 1920x1200 and 1536x1152 pixels.
 box() { # SHOT W H X Y LEVEL%: the box around the crop's pixels darker than LEVEL, "W H X Y"
@@ -178,6 +207,8 @@ wait_until 3 cover_scaled ||
     fail "HEADLESS-1 at scale 1.5 is $(identify -format '%wx%h' "$frac_cover"), its keyhole '$(box "$frac_cover" 450 450 543 351 30)' (W H X Y), at scale 1 '$keyhole_at_1'"
 [ -n "${SCREENSHOT_DIR:-}" ] && cp "$frac_primary" "$SCREENSHOT_DIR/wayland-primary-1.5.png" &&
     cp "$frac_cover" "$SCREENSHOT_DIR/wayland-cover-1.5.png"
+# wtype's first key is now and then lost to the keyboard's set-up under load: typed again.
 wayland_type k3y
-wait_until 5 unlocked || fail "the password did not unlock after the clicks"
+wait_until 5 unlocked || { wayland_type k3y && wait_until 5 unlocked; } ||
+    fail "the password did not unlock after the clicks"
 echo PASS

@@ -315,6 +315,45 @@ private slots:
         QCOMPARE(part->paints, before + 2);
     }
 
+    void aMovedWindowIsDrawnMovedOverTheWindowBeneath()
+    {
+        // The wrong-key nudge: the lock window 40 points down, the circuit picture beneath it.
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        QWidget beneath;
+        beneath.setGeometry(screen);
+        beneath.setStyleSheet(QStringLiteral("background: blue;"));
+        beneath.show();
+        CircleWindow window;
+        window.setGeometry(screen);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        WaylandOutputWindows windows;
+        windows.setWindows({&beneath, &window});
+        QCOMPARE(QColor(windows.picture(primaryView(2)).pixel(2 * 200, 2 * 150)),
+                 QColor(Qt::black));
+        QCoreApplication::processEvents();
+        windows.takeMoved();
+
+        window.move(screen.topLeft() + QPoint(0, 40));
+        QCoreApplication::processEvents();
+        QVERIFY(windows.takeMoved());
+        QVERIFY(!windows.takeMoved());
+        const QImage moved = windows.picture(primaryView(2));
+        // The circle's centre, 40 points lower; the strip uncovered at the top shows the window
+        // beneath, not black.
+        QCOMPARE(QColor(moved.pixel(2 * 200, 2 * 190)), QColor(Qt::black));
+        QCOMPARE(QColor(moved.pixel(2 * 200, 2 * 105)), QColor(Qt::white));
+        QCOMPARE(QColor(moved.pixel(2 * 200, 2 * 20)), QColor(Qt::blue));
+        QCOMPARE(QColor(moved.pixel(2 * 200, 2 * 45)), QColor(Qt::white));
+
+        window.move(screen.topLeft());
+        QCoreApplication::processEvents();
+        QVERIFY(windows.takeMoved());
+        const QImage back = windows.picture(primaryView(2));
+        QCOMPARE(QColor(back.pixel(2 * 200, 2 * 150)), QColor(Qt::black));
+        QCOMPARE(QColor(back.pixel(2 * 200, 2 * 20)), QColor(Qt::white));
+    }
+
     void aClickReachesTheButtonUnderThePoint()
     {
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
