@@ -210,6 +210,10 @@ cat <<'EOF'
   output shows a magenta point (the compositor's blank lock counts), *first frame* the first
   after which every output also shows something other than black (the compositor blanks the
   outputs black until a lock surface has its buffer).
+- Tessarine's first frame is the lock screen's cover, as on X11: every output in the colour of
+  the lock screen's background (its average colour), shown as the compositor configures the lock
+  surfaces; the lock screen then fades in over it in 0.4 s. swaylock's first frame is its whole
+  lock screen, a plain colour by default.
 - `locked`: Tessarine logs the protocol's `locked` event ("the compositor has locked the
   session"); the observer watches its log with inotify. swaylock's `-f` detaches once `locked`
   has come, so its figure is the started process's exit. `tessarine lock` is a small process that
