@@ -1,8 +1,9 @@
 # Tessarine in a Wayland session whose compositor offers the session-lock protocol (sway or
 # labwc, headless from the trixie tree): the lock is the compositor's, every output shows the
 # lock screen, a wrong key nudges the picture down and back as on X11 and keeps the lock, the
-# password typed on the lock surface (wtype) unlocks, a password beyond ASCII unlocks as on X11,
-# and Tessarine killed while locked leaves the session locked. Tessarine draws its windows on the
+# password typed on the lock surface (wtype) unlocks, in any order as a chord by default and
+# only in order where order matters, a password beyond ASCII unlocks as on X11, Caps Lock shows
+# and hides the caps-lock notice, and Tessarine killed while locked leaves the session locked. Tessarine draws its windows on the
 # rig's X server, as it would through XWayland.
 #   e2e_wayland_compositor_lock.sh sway|labwc
 set -u
@@ -60,20 +61,45 @@ lock_shown || fail "the wrong keys unlocked"
 wayland_type wrong
 sleep 0.5
 lock_shown || fail "a wrong password unlocked"
-wayland_type k3y
-wait_until 5 desktop_shown || fail "the password did not unlock"
+# Typed as a chord, its keys in another order (the default: order does not matter).
+wayland_type y3k
+wait_until 5 desktop_shown || fail "the password typed as a chord (y3k) did not unlock"
 
 # A password beyond ASCII, typed as the compositor's keymap gives it (wtype maps the character).
 stop_tessarine
 write_password "hé"
-# No closing movement from here on: the lock below is asked for right after an unlock.
-write_options "<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer>"
+# No closing movement from here on: the lock below is asked for right after an unlock. The order
+# of the keys matters now, and no clock changes the picture while Caps Lock is looked for.
+write_options "<key>closeAnimation</key><integer>0</integer><key>startAnimation</key><integer>0</integer>
+<key>orderMatters</key><true/><key>showTime</key><false/><key>showCapslock</key><true/>"
 start_tessarine_in_session
 "$TESSARINE" lock || fail "tessarine lock failed with the accented password"
 wait_until 5 lock_shown || fail "the lock with the accented password is not shown"
+
+# Caps Lock, from the compositor's keyboard state: the notice comes with the first press and goes
+# with the second, 1.5 s later, on a keyboard that tells the compositor its modifiers as a real
+# one does (wtype's keyboard never locks Caps Lock).
+differing_pixels() { compare -metric AE "$1" "$2" null: 2>&1 || true; }
+output_now() { in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/$1.png" && echo "$WAYLAND_CHROOT$WAYLAND_RUNTIME/$1.png"; }
+sleep 0.5 # the opening's fade is over
+caps_off=$(output_now caps-off) || fail "no picture of the lock screen"
+"$WAYLAND_COVER_TIMER" caps >"$RIG_DIR/caps.txt" 2>&1 &
+typist=$!
+wait_until 3 grep -qx on "$RIG_DIR/caps.txt" || fail "Caps Lock could not be pressed ($(cat "$RIG_DIR/caps.txt"))"
+notice_shown() { [ "$(differing_pixels "$caps_off" "$(output_now caps-on)")" -gt 100 ]; }
+wait_until_deadline $(($(now_us) + 1200000)) notice_shown || fail "Caps Lock did not bring the caps-lock notice"
+wait "$typist" || fail "Caps Lock could not be pressed again ($(cat "$RIG_DIR/caps.txt"))"
+notice_gone() { [ "$(differing_pixels "$caps_off" "$(output_now caps-off-again)")" -lt 20 ]; }
+wait_until 3 notice_gone ||
+    fail "Caps Lock again did not take the caps-lock notice away ($(differing_pixels "$caps_off" "$(output_now caps-off-again)") pixels differ)"
+
 wayland_type he
 sleep 0.5
 lock_shown || fail "a plain e stood for é"
+# In order now: the right keys the wrong way round do not unlock.
+wayland_type éh
+sleep 0.5
+lock_shown || fail "the password's keys the wrong way round unlocked, though their order matters"
 wayland_type hé
 wait_until 5 desktop_shown || fail "the password hé did not unlock"
 

@@ -13,6 +13,10 @@
 //   wayland_cover_timer unlock TEXT
 //     Types TEXT through a virtual keyboard of its own into the locked session and prints
 //       unlocked T  from the last key's press to every output showing the desktop again.
+//   wayland_cover_timer caps
+//     Presses Caps Lock twice on a virtual keyboard of its own, 1.5 s apart, as a keyboard with
+//     the US keymap would (a virtual keyboard's client tells the compositor its modifiers: Caps
+//     Lock locked, then no longer), printing "on" and "off" after each press.
 //
 // A capture is answered at the output's next frame; the time of a frame is the one the
 // compositor gives with it (the output's commit, on the monotonic clock).
@@ -418,6 +422,71 @@ void pause(wl_display* display, double ms)
     dispatchUntil(display, until, {}, [&](short*) { return nowMs() >= until; });
 }
 
+// Gives the seat a keyboard with the US keymap.
+bool makeKeyboard(Keyboard& keys)
+{
+    char* keymapText = xkb_keymap_get_as_string(keys.keymap, XKB_KEYMAP_FORMAT_TEXT_V1);
+    const size_t size = std::strlen(keymapText) + 1;
+    const int fd = memfd_create("tessarine-keymap", MFD_CLOEXEC);
+    const bool written = fd >= 0 && write(fd, keymapText, size) == ssize_t(size);
+    std::free(keymapText);
+    if (!written) {
+        if (fd >= 0)
+            close(fd);
+        return false;
+    }
+    keys.keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(keyboards, seat);
+    zwp_virtual_keyboard_v1_keymap(keys.keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, fd,
+                                   uint32_t(size));
+    close(fd);
+    return true;
+}
+
+// Caps Lock pressed and released, and the modifiers it leaves told to the compositor.
+void pressCapsLock(Keyboard& keys, xkb_state* state)
+{
+    constexpr uint32_t capsLock = 58;
+    keys.press(capsLock);
+    xkb_state_update_key(state, capsLock + 8, XKB_KEY_DOWN);
+    xkb_state_update_key(state, capsLock + 8, XKB_KEY_UP);
+    zwp_virtual_keyboard_v1_modifiers(
+        keys.keyboard, xkb_state_serialize_mods(state, XKB_STATE_MODS_DEPRESSED),
+        xkb_state_serialize_mods(state, XKB_STATE_MODS_LATCHED),
+        xkb_state_serialize_mods(state, XKB_STATE_MODS_LOCKED),
+        xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE));
+}
+
+int pressCapsLockTwice(wl_display* display)
+{
+    if (!keyboards || !seat)
+        return 2;
+    xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
+    const xkb_rule_names names{"evdev", "pc105", "us", "", ""};
+    Keyboard keys;
+    keys.keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
+    if (!keys.keymap || !makeKeyboard(keys))
+        return 1;
+    xkb_state* state = xkb_state_new(keys.keymap);
+    // A first key sets the keyboard up in the locker (its keymap); Shift types nothing.
+    pause(display, 50);
+    keys.press(42);
+    pause(display, 100);
+    pressCapsLock(keys, state);
+    wl_display_roundtrip(display);
+    std::printf("on\n");
+    std::fflush(stdout);
+    pause(display, 1500);
+    pressCapsLock(keys, state);
+    wl_display_roundtrip(display);
+    std::printf("off\n");
+    zwp_virtual_keyboard_v1_destroy(keys.keyboard);
+    wl_display_roundtrip(display);
+    xkb_state_unref(state);
+    xkb_keymap_unref(keys.keymap);
+    xkb_context_unref(context);
+    return 0;
+}
+
 int timeUnlock(wl_display* display, const std::string& text)
 {
     if (!keyboards || !seat || text.empty())
@@ -437,16 +506,8 @@ int timeUnlock(wl_display* display, const std::string& text)
         }
         codes.push_back(code);
     }
-    char* keymapText = xkb_keymap_get_as_string(keys.keymap, XKB_KEYMAP_FORMAT_TEXT_V1);
-    const size_t size = std::strlen(keymapText) + 1;
-    const int fd = memfd_create("tessarine-keymap", MFD_CLOEXEC);
-    if (fd < 0 || write(fd, keymapText, size) != ssize_t(size))
+    if (!makeKeyboard(keys))
         return 1;
-    std::free(keymapText);
-    keys.keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(keyboards, seat);
-    zwp_virtual_keyboard_v1_keymap(keys.keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, fd,
-                                   uint32_t(size));
-    close(fd);
     double when = 0;
     if (!dispatchUntil(display, nowMs() + timeoutMs, {},
                        [&](short*) { return allOutputs(covered, &when); })) {
@@ -481,9 +542,10 @@ int timeUnlock(wl_display* display, const std::string& text)
 
 int main(int argc, char** argv)
 {
-    if (argc < 3) {
+    if (argc < 2 || (argc < 3 && std::string(argv[1]) != "caps")) {
         std::fprintf(stderr, "usage: wayland_cover_timer lock [--log FILE TEXT] COMMAND...\n"
-                             "       wayland_cover_timer unlock TEXT\n");
+                             "       wayland_cover_timer unlock TEXT\n"
+                             "       wayland_cover_timer caps\n");
         return 2;
     }
     wl_display* display = wl_display_connect(nullptr);
@@ -505,6 +567,8 @@ int main(int argc, char** argv)
         status = timeLock(display, argc - 2, argv + 2);
     else if (mode == "unlock")
         status = timeUnlock(display, argv[2]);
+    else if (mode == "caps")
+        status = pressCapsLockTwice(display);
     std::fflush(stdout);
     // The process ends here; the compositor lets every frame and buffer go with the connection.
     wl_display_disconnect(display);
