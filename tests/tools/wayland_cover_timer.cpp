@@ -14,9 +14,10 @@
 //     Types TEXT through a virtual keyboard of its own into the locked session and prints
 //       unlocked T  from the last key's press to every output showing the desktop again.
 //   wayland_cover_timer caps
-//     Presses Caps Lock twice on a virtual keyboard of its own, 1.5 s apart, as a keyboard with
-//     the US keymap would (a virtual keyboard's client tells the compositor its modifiers: Caps
-//     Lock locked, then no longer), printing "on" and "off" after each press.
+//     Presses Caps Lock on a virtual keyboard of its own, and again when a line comes on standard
+//     input, as a keyboard with the US keymap would (a virtual keyboard's client tells the
+//     compositor its modifiers: Caps Lock locked, then no longer), printing "on" and "off" after
+//     each press.
 //
 // A capture is answered at the output's next frame; the time of a frame is the one the
 // compositor gives with it (the output's commit, on the monotonic clock).
@@ -475,7 +476,8 @@ int pressCapsLockTwice(wl_display* display)
     wl_display_roundtrip(display);
     std::printf("on\n");
     std::fflush(stdout);
-    pause(display, 1500);
+    // The second press when a line comes on standard input (or at its end).
+    dispatchUntil(display, nowMs() + 30000, {0}, [](short* events) { return events[0] != 0; });
     pressCapsLock(keys, state);
     wl_display_roundtrip(display);
     std::printf("off\n");
