@@ -93,7 +93,10 @@ notice_shown() { [ "$(differing_pixels "$caps_off" "$(output_now caps-on)")" -gt
 wait_until 3 notice_shown || fail "Caps Lock did not bring the caps-lock notice"
 echo again >&3
 exec 3>&-
-wait "$typist" || fail "Caps Lock could not be pressed again ($(cat "$RIG_DIR/caps.txt"))"
+# Its word, not its exit status: the tool leaves its Wayland objects to the connection's end,
+# which the sanitizer build's leak check counts.
+wait "$typist"
+grep -qx off "$RIG_DIR/caps.txt" || fail "Caps Lock could not be pressed again ($(cat "$RIG_DIR/caps.txt"))"
 notice_gone() { [ "$(differing_pixels "$caps_off" "$(output_now caps-off-again)")" -lt 20 ]; }
 wait_until 3 notice_gone ||
     fail "Caps Lock again did not take the caps-lock notice away ($(differing_pixels "$caps_off" "$(output_now caps-off-again)") pixels differ)"
