@@ -3,7 +3,7 @@
 # lock screen, a wrong key nudges the picture down and back as on X11 and keeps the lock, the
 # password typed on the lock surface (wtype) unlocks, in any order as a chord by default and
 # only in order where order matters, a password beyond ASCII unlocks as on X11, Caps Lock shows
-# and hides the caps-lock notice, an output added while locked (sway) shows the lock screen, and
+# and hides the caps-lock notice, an output added while locked shows the lock screen, and
 # Tessarine killed while locked leaves the session locked. Tessarine draws its windows on the
 # rig's X server, as it would through XWayland.
 #   e2e_wayland_compositor_lock.sh sway|labwc
@@ -111,16 +111,25 @@ lock_shown || fail "the password's keys the wrong way round unlocked, though the
 wayland_type hé
 wait_until 5 desktop_shown || fail "the password hé did not unlock"
 
-# Killed while locked: the compositor keeps the session locked.
+# An output added while locked shows the lock screen too, never the desktop. sway makes one by
+# command; headless labwc makes its outputs at its start only, so one of them is turned off
+# before the lock and on again while locked (through output management, as a display settings
+# program would), which is to Tessarine an output plugged in.
+if [ "$compositor" = labwc ]; then
+    "$WAYLAND_OUTPUT_SWITCH" off HEADLESS-2 || fail "the second output could not be turned off"
+    wait_until 5 [ "$(compositor_outputs)" = HEADLESS-1 ] || fail "the second output stayed on"
+fi
 "$TESSARINE" lock || fail "tessarine lock failed the second time"
 wait_until 5 lock_shown || fail "the second lock is not shown"
-# An output added while locked shows the lock screen too, never the desktop (sway adds one by
-# command; headless labwc has no command for it).
-if [ "$compositor" = sway ]; then
-    in_chroot swaymsg create_output >/dev/null || fail "no output could be added"
-    wait_until 5 [ "$(compositor_outputs | wc -l)" = 3 ] || fail "the added output did not come"
-    wait_until 5 lock_shown || fail "the output added while locked does not show the lock screen"
-fi
+outputs=$(compositor_outputs | wc -l)
+case $compositor in
+sway) in_chroot swaymsg create_output >/dev/null || fail "no output could be added" ;;
+labwc) "$WAYLAND_OUTPUT_SWITCH" on HEADLESS-2 || fail "the second output could not be turned on" ;;
+esac
+wait_until 5 [ "$(compositor_outputs | wc -l)" = $((outputs + 1)) ] || fail "the added output did not come"
+wait_until 5 lock_shown || fail "the output added while locked does not show the lock screen"
+
+# Killed while locked: the compositor keeps the session locked.
 kill -KILL "$TESSARINE_PID"
 wait "$TESSARINE_PID" 2>/dev/null
 TESSARINE_PID=

@@ -89,11 +89,19 @@ output_colour() {
         convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/output.png" -format '%[pixel:p{20,20}]' info:
 }
 
-# The names of the compositor's outputs, one a line, from grim's view of them.
+# The names of the compositor's outputs that are on, one a line: sway's by its command, labwc's
+# through output management where the tests' tool is at hand (WAYLAND_OUTPUT_SWITCH), else the
+# two it starts with.
 compositor_outputs() {
     case $COMPOSITOR_SOCKET in
     wayland-1) in_chroot swaymsg -t get_outputs -r | grep -o '"name": "[^"]*"' | cut -d'"' -f4 ;;
-    *) printf 'HEADLESS-1\nHEADLESS-2\n' ;;
+    *)
+        if [ -n "${WAYLAND_OUTPUT_SWITCH:-}" ]; then
+            "$WAYLAND_OUTPUT_SWITCH" list | awk '$2 == "on" { print $1 }'
+        else
+            printf 'HEADLESS-1\nHEADLESS-2\n'
+        fi
+        ;;
     esac
 }
 
