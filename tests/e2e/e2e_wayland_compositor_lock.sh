@@ -111,28 +111,54 @@ lock_shown || fail "the password's keys the wrong way round unlocked, though the
 wayland_type hé
 wait_until 5 desktop_shown || fail "the password hé did not unlock"
 
-# An output added while locked shows the lock screen too, never the desktop. sway makes one by
-# command; headless labwc makes its outputs at its start only, so one of them is turned off
-# before the lock and on again while locked (through output management, as a display settings
-# program would), which is to Tessarine an output plugged in.
-if [ "$compositor" = labwc ]; then
+# An output added while locked shows the lock screen too, and never, in any sample taken while
+# it comes, what it shows unlocked. sway makes one by command (it shows sway's magenta
+# background unlocked); headless labwc makes its outputs at its start only, so one of them is
+# turned off and on again, first unlocked (to see what it shows then) and then while locked
+# (through output management, as a display settings program would): to Tessarine an output
+# plugged in. labwc shows such an output black unlocked, as its blank, so there only sway's
+# samples could catch the desktop; on both the lock screen must come.
+case $compositor in
+sway) unlocked_look=$desktop ;;
+labwc)
     "$WAYLAND_OUTPUT_SWITCH" off HEADLESS-2 || fail "the second output could not be turned off"
     wait_until 5 [ "$(compositor_outputs)" = HEADLESS-1 ] || fail "the second output stayed on"
-fi
+    "$WAYLAND_OUTPUT_SWITCH" on HEADLESS-2 || fail "the second output could not be turned on"
+    wait_until 5 [ "$(compositor_outputs | wc -l)" = 2 ] || fail "the second output did not come back"
+    sleep 0.5
+    unlocked_look=$(output_colour HEADLESS-2) || fail "no picture of the second output"
+    "$WAYLAND_OUTPUT_SWITCH" off HEADLESS-2 || fail "the second output could not be turned off again"
+    wait_until 5 [ "$(compositor_outputs)" = HEADLESS-1 ] || fail "the second output stayed on"
+    ;;
+esac
+echo "an added output shows $unlocked_look unlocked"
 "$TESSARINE" lock || fail "tessarine lock failed the second time"
 wait_until 5 lock_shown || fail "the second lock is not shown"
-outputs=$(compositor_outputs | wc -l)
+before=$(compositor_outputs)
 case $compositor in
 sway) in_chroot swaymsg create_output >/dev/null || fail "no output could be added" ;;
 labwc) "$WAYLAND_OUTPUT_SWITCH" on HEADLESS-2 || fail "the second output could not be turned on" ;;
 esac
-wait_until 5 [ "$(compositor_outputs | wc -l)" = $((outputs + 1)) ] || fail "the added output did not come"
-wait_until 5 lock_shown || fail "the output added while locked does not show the lock screen"
+new_output() { compositor_outputs | grep -vxF "$before"; }
+wait_until 5 new_output >/dev/null || fail "the added output did not come"
+added=$(new_output)
+samples=0
+deadline=$(($(now_us) + 5000000))
+while (($(now_us) < deadline)); do
+    colour=$(output_colour "$added") || continue
+    samples=$((samples + 1))
+    [ "$colour" = "$unlocked_look" ] && [ "$colour" != "$blank" ] && [ "$colour" != 'srgb(0,0,0)' ] &&
+        fail "the output added while locked showed what it shows unlocked ($colour)"
+    lock_shown && break
+done
+lock_shown || fail "the output added while locked does not show the lock screen"
+echo "the added output $added: $samples samples before the lock screen showed on it"
 
-# Killed while locked: the compositor keeps the session locked.
+# Killed while locked: the compositor keeps the session locked, blank on every output.
 kill -KILL "$TESSARINE_PID"
 wait "$TESSARINE_PID" 2>/dev/null
 TESSARINE_PID=
-sleep 0.5
-desktop_shown && fail "the session was given back when Tessarine died"
+wait_until 3 blank_shown || fail "the compositor's blank does not show on every output after Tessarine died"
+desktop_gone() { ! desktop_shown_anywhere; }
+stays 1 desktop_gone "the session was given back when Tessarine died"
 echo PASS

@@ -30,8 +30,12 @@ holds_nothing() {
 
 start_tessarine
 wait_until 10 tray_icon_embedded || fail "no tray icon"
-wait_until 3 grep -q "this is a Wayland session, which an X11 program cannot lock" \
-    "$RIG_DIR/tessarine.log" || fail "Tessarine did not say that it cannot lock this session"
+said="this is a Wayland session, which an X11 program cannot lock"
+wait_until 3 grep -q "$said" "$RIG_DIR/tessarine.log" ||
+    fail "Tessarine did not say that it cannot lock this session"
+# The tray says it too: its message, a small window by the icon.
+tray_message_shown() { [ -n "$(visible_windows_outside_tray)" ] && [ -z "$(covering_windows)" ]; }
+wait_until 5 tray_message_shown || fail "the tray shows no message that the desktop's lock screen is used"
 busctl --user status org.freedesktop.ScreenSaver >/dev/null 2>&1 &&
     fail "Tessarine serves the screen saver in a session it cannot lock"
 
@@ -50,6 +54,8 @@ sleep 2
 [ "$(logind_count 'locksession')" = 1 ] || fail "the session's Lock signal was handed on again"
 holds_nothing "the session's Lock signal and idling"
 [ "$(log_count 'did not answer')" = 0 ] || fail "a failure was reported"
+# Said once, however many locks were handed on.
+[ "$(log_count "$said")" = 1 ] || fail "Tessarine said $(log_count "$said") times that it cannot lock"
 
 # A desktop that serves the screen saver (GNOME's, KDE's) is asked through it.
 /usr/bin/python3 - >"$RIG_DIR/saver.txt" <<'PY' &

@@ -1,6 +1,7 @@
 # Tessarine killed while a Wayland compositor (sway or labwc, headless) holds its lock: every
 # output shows the compositor's blank, never the desktop; Tessarine started again shows the lock
-# screen on every output at once, a wrong password keeps it, the password gives the desktop back.
+# screen on every output as it starts, with no lock asked for, a wrong password keeps it, the
+# password gives the desktop back.
 # A start after a normal end does not lock, nor does one after the compositor itself was
 # started anew (a note of a lock left standing under the earlier compositor counts for nothing).
 #   e2e_wayland_restart.sh sway|labwc

@@ -30,26 +30,39 @@ session_start() {
     *) fail "$compositor did not start" ;;
     esac
     "$WAYLAND_DESKTOP" ff00ff >"$RIG_DIR/desktop.txt" 2>&1 &
+    [ "$(compositor_outputs | wc -l)" = 2 ] || fail "$compositor did not make two outputs: $(compositor_outputs | paste -sd' ')"
     wait_until 5 desktop_shown || fail "the desktop window is not shown on every output"
 }
 export XDG_SESSION_TYPE=wayland
 
-every_output_shows() { # COLOUR
-    local output
-    for output in $(compositor_outputs); do
-        [ "$(output_colour "$output")" = "$1" ] || return 1
+# The colour of a point of each output that is on, one a line; false when the outputs cannot be
+# listed or one cannot be read, so that no check below holds for want of a picture.
+output_colours() {
+    local outputs output colour
+    outputs=$(compositor_outputs) && [ -n "$outputs" ] || return 1
+    for output in $outputs; do
+        colour=$(output_colour "$output") && [[ $colour == srgb\(* ]] || return 1
+        echo "$colour"
     done
+}
+every_output_shows() { # COLOUR
+    local colours
+    colours=$(output_colours) || return 1
+    ! grep -vqxF -- "$1" <<<"$colours"
 }
 desktop_shown() { every_output_shows "$desktop"; }
 blank_shown() { every_output_shows "$blank"; }
+# Some output shows the desktop (a colour read, not a failed reading).
+desktop_shown_anywhere() {
+    local colours
+    colours=$(output_colours) || return 1
+    grep -qxF -- "$desktop" <<<"$colours"
+}
 # Every output shows something other than the desktop, the compositor's blank and black.
 lock_shown() {
-    local output colour
-    for output in $(compositor_outputs); do
-        colour=$(output_colour "$output")
-        [ "$colour" != "$desktop" ] && [ "$colour" != "$blank" ] &&
-            [ "$colour" != 'srgb(0,0,0)' ] || return 1
-    done
+    local colours
+    colours=$(output_colours) || return 1
+    ! grep -qxF -e "$desktop" -e "$blank" -e 'srgb(0,0,0)' <<<"$colours"
 }
 # stays SECONDS CHECK WHAT: CHECK holds all that time, else the test fails with WHAT.
 stays() {
