@@ -2,14 +2,11 @@
 
 #include "app/AppDelegate.h"
 #include "app/Diagnostics.h"
+#include "app/DisplayBackend.h"
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
 #include "platform/DesktopLocker.h"
-#include "platform/x11/GuardProcess.h"
-#ifdef TESSARINE_WAYLAND
-#include "platform/wayland/WaylandIdleNotifier.h"
-#include "platform/wayland/WaylandScreenShield.h"
-#endif
+#include "platform/IdleWatch.h"
 #include "platform/LibraryFolder.h"
 #include "platform/Log.h"
 #include "platform/Memory.h"
@@ -86,19 +83,10 @@ extern "C" int tessarine_run_program(int argc, char** argv)
             PropertyListFile::removeAbandonedTemporaries(libraryFolder, ::time(nullptr)))
         Log::line(QStringLiteral("removed %1 unfinished temporary settings files").arg(removed));
 
-    // A Wayland session: locked through the compositor where it offers the session-lock
-    // protocol, else handed to the desktop's lock screen (below).
-    const bool wayland = DesktopLocker::isWaylandSession();
-    ScreenShield* lockShield = &platform.shield;
-#ifdef TESSARINE_WAYLAND
-    WaylandScreenShield compositorShield;
-    if (wayland && compositorShield.connectToCompositor()) {
-        lockShield = &compositorShield;
-        Log::line(QStringLiteral("this Wayland session is locked through its compositor"));
-    }
-#endif
-    const bool handOver = wayland && lockShield == &platform.shield;
-    AppDelegate delegate(platform.services(libraryFolder, *lockShield));
+    // X11, a Wayland compositor's lock, or a Wayland session handed to the desktop's lock screen.
+    const std::unique_ptr<DisplayBackend> display = DisplayBackend::choose();
+    const bool handOver = display->kind() == DisplayBackend::Kind::desktopLockScreen;
+    AppDelegate delegate(platform.services(libraryFolder, *display));
     switch (SessionBus::claim(*delegate.scriptingInterface())) {
     case SessionBus::Claim::Claimed:
         break;
@@ -125,18 +113,10 @@ extern "C" int tessarine_run_program(int argc, char** argv)
     watchScreens(app, delegate);
     delegate.awakeFromNib();
     // The X server's idle time does not see the keys of native Wayland windows: the compositor
-    // says when the session idles, where it offers ext-idle-notify-v1.
-#ifdef TESSARINE_WAYLAND
-    WaylandIdleNotifier idleNotifier;
-    if (wayland && !handOver) {
-        if (idleNotifier.connectToCompositor())
-            delegate.idleLock()->useWatch(idleNotifier);
-        else
-            Log::line(QStringLiteral("the compositor does not say when the session idles "
-                                     "(ext-idle-notify-v1): the idle lock is off"));
-    }
-#endif
-    if (wayland && delegate.idleLock()->usesIdleTime())
+    // says when the session idles, where it offers ext-idle-notify-v1; else no idle lock.
+    if (IdleWatch* watch = display->idleWatch())
+        delegate.idleLock()->useWatch(*watch);
+    else if (display->kind() != DisplayBackend::Kind::x11)
         delegate.idleLock()->disable();
     if (handOver) {
         // The desktop's lock screen follows the session's Lock signal itself.
@@ -150,18 +130,13 @@ extern "C" int tessarine_run_program(int argc, char** argv)
             "no system tray is running: Tessarine's icon will appear when one starts; meanwhile "
             "`tessarine lock` and the hot key lock the screen"));
     delegate.applicationDidFinishLaunching();
-    // The guard of a Tessarine that ended while locked holds the display: the lock is taken
-    // back from it at once.
-    if (GuardProcess::holderListening())
-        delegate.lock();
-#ifdef TESSARINE_WAYLAND
-    // A Tessarine that died while locked left the compositor holding its lock, every output
-    // blank: this one takes it over at once and shows the lock screen for the password.
-    if (lockShield == &compositorShield && compositorShield.earlierLockLeftStanding()) {
-        Log::line(QStringLiteral("the compositor still holds the lock of a Tessarine that ended: "
-                                 "locking again"));
+    // A Tessarine that ended while locked left its lock standing (its guard holding the X
+    // display, or the compositor keeping every output blank): this one takes it over at once
+    // and shows the lock screen for the password.
+    if (display->earlierLockLeftStanding()) {
+        if (*display->takeOverLine())
+            Log::line(QString::fromLatin1(display->takeOverLine()));
         delegate.lock();
     }
-#endif
     return app.exec();
 }

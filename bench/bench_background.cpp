@@ -126,11 +126,12 @@ int main(int argc, char** argv)
     if (further)
         displays.others = {QRect(1920, 0, 1920, 1080)};
     CountingPicture pictures(platform.desktopPicture);
+    const auto x11 = DisplayBackend::makeX11();
     AppDelegate delegate(PlatformServices{
         platform.clock, platform.scheduler, platform.powerSources, displays, platform.dialogs,
-        platform.shield, platform.pointer, platform.motion, platform.hotKey, platform.system,
+        x11->shield(), x11->pointer(), platform.motion, x11->hotKey(), platform.system,
         platform.brightness, platform.scripts, pictures, platform.musicPlayer, platform.loginItems,
-        platform.idle, library.path()});
+        x11->idleTime(), library.path()});
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     delegate.lock();

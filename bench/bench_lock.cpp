@@ -7,6 +7,7 @@
 #include "app/LinuxPlatform.h"
 #include "input/KeyListener.h"
 #include "input/PasswordFile.h"
+#include "platform/ScreenShield.h"
 #include "settings/SettingsStore.h"
 
 #include <QElapsedTimer>
@@ -24,7 +25,8 @@ int main(int argc, char** argv)
     PasswordFile::write(PasswordFile::pathIn(library.path()), {"a"});
 
     LinuxPlatform platform;
-    AppDelegate delegate(platform.services(library.path()));
+    const auto display = DisplayBackend::makeX11();
+    AppDelegate delegate(platform.services(library.path(), *display));
     delegate.awakeFromNib();
     delegate.applicationDidFinishLaunching();
     app.processEvents();
@@ -33,7 +35,7 @@ int main(int argc, char** argv)
         QElapsedTimer timer;
         timer.start();
         delegate.lock();
-        while (!platform.shield.holdsKeyboard() && timer.elapsed() < 5000)
+        while (!display->shield().holdsKeyboard() && timer.elapsed() < 5000)
             app.processEvents(QEventLoop::AllEvents);
         std::printf("lock_to_grabbed_ms %.3f\n", timer.nsecsElapsed() / 1e6);
         // Past the kiosk step, as a user would be.

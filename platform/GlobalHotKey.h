@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QString>
 
 // A key combination that reaches the program from any application. The combination is given as
 // it is stored: a US-layout virtual key code and a sum of modifier masks (256 command, 512 shift,
@@ -15,6 +16,8 @@ public:
     // has no place on this keyboard).
     virtual bool registerKey(int keyCode, int modifierMask) = 0;
     virtual void unregisterKey() = 0;
+    // Why no combination can be had at all on this display server; empty where one can.
+    virtual QString unavailableReason() const { return {}; }
 
 signals:
     void pressed();

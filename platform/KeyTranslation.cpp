@@ -66,9 +66,7 @@ TranslatedKey KeyTranslation::fromKeysym(quint32 keysym, const QString& text, bo
 
 TranslatedKey KeyTranslation::fromEvent(const QKeyEvent& event)
 {
-    // X's Lock modifier bit; Qt reports it in the native modifiers of an xcb key event.
-    constexpr quint32 lockMask = 0x2;
-    bool capsLock = (event.nativeModifiers() & lockMask) != 0;
+    bool capsLock = (event.nativeModifiers() & capsLockNativeModifier) != 0;
     if (event.key() == Qt::Key_CapsLock)
         capsLock = !capsLock; // the state reported is the one before this press
     return fromKeysym(event.nativeVirtualKey(), event.text(), capsLock);

@@ -18,6 +18,9 @@ struct TranslatedKey
 namespace KeyTranslation {
 inline constexpr int capsLockKeyCode = 57;
 inline constexpr int returnKeyCode = 36;
+// Caps Lock in a key event's native modifiers: X's Lock bit, as Qt reports it for an xcb key
+// event, and as key events made from another keyboard state (a Wayland seat's) carry it too.
+inline constexpr quint32 capsLockNativeModifier = 0x2;
 // From an X keysym and the text the keyboard layout gives for it.
 TranslatedKey fromKeysym(quint32 keysym, const QString& text, bool capsLock);
 TranslatedKey fromEvent(const QKeyEvent& event);

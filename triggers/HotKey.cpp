@@ -63,7 +63,10 @@ void HotKey::registerCurrent()
 {
     m_registered =
         m_platform.registerKey(m_preferences.shortcutKey, m_preferences.hotKeyModifierSum());
-    if (!m_registered)
+    if (!m_registered && !m_platform.unavailableReason().isEmpty())
+        Log::line(QStringLiteral("the lock shortcut is not registered: ") +
+                  m_platform.unavailableReason());
+    else if (!m_registered)
         Log::line(QStringLiteral("the lock shortcut (key %1, modifiers %2) cannot be had: "
                                  "another program holds it, or this keyboard has no such key")
                       .arg(m_preferences.shortcutKey)

@@ -1,5 +1,7 @@
 #include "platform/wayland/WaylandScreenShield.h"
 
+#include "platform/KeyTranslation.h"
+
 #include <QCoreApplication>
 #include <QKeyEvent>
 
@@ -164,8 +166,8 @@ void WaylandScreenShield::deliverKey(const QString& text, quint32 keysym, quint3
 {
     if (!m_keyWindow)
         return;
-    // X's Lock modifier bit, as the key translation reads it from an X key event.
-    const quint32 modifiers = capsLock ? 0x2 : 0;
+    // Caps Lock from the seat's xkb state, where the key translation reads it in every key event.
+    const quint32 modifiers = capsLock ? KeyTranslation::capsLockNativeModifier : 0;
     const int key = qtKeyOf(keysym, text);
     QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, keycode, keysym, modifiers, text);
     QCoreApplication::sendEvent(m_keyWindow, &press);

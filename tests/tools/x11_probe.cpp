@@ -5,6 +5,9 @@
 //   x11_probe viewable         prints the root's viewable children, bottom to top, one id a line
 //   x11_probe record-keys FILE maps a large window (colour 0x336699) and appends one line per
 //                              key it receives: "key N" for a press, "release N" for a release
+//   x11_probe record-clicks FILE maps an override-redirect window (colour 0x669933) over the
+//                              top-left 200x200 of the screen and appends one line per button
+//                              event it receives: "press N", "release N"
 //   x11_probe hold-key KEYCODE MODS FILE  holds a key combination, as another program's
 //                              shortcut would, and writes "held" to FILE
 //   x11_probe popup X Y W H COLOUR FILE  maps an override-redirect window of that colour
@@ -67,8 +70,9 @@ xcb_window_t makeWindow(xcb_connection_t* c, xcb_screen_t* screen, int x, int y,
 int main(int argc, char** argv)
 {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: x11_probe grab-keyboard|grab-pointer|buttons|record-keys "
-                             "FILE|popup X Y W H COLOUR\n");
+        std::fprintf(
+            stderr, "usage: x11_probe grab-keyboard|grab-pointer|buttons|record-keys|record-clicks "
+                    "FILE|popup X Y W H COLOUR\n");
         return 2;
     }
     xcb_connection_t* c = xcb_connect(nullptr, nullptr);
@@ -142,6 +146,32 @@ int main(int argc, char** argv)
             }
             if (xcb_connection_has_error(c))
                 break;
+            usleep(5000);
+        }
+        xcb_destroy_window(c, window);
+        std::fclose(out);
+    } else if (command == "record-clicks" && argc == 3) {
+        FILE* out = std::fopen(argv[2], "a");
+        if (!out)
+            return 2;
+        std::signal(SIGTERM, stop);
+        const xcb_window_t window =
+            makeWindow(c, screen, 0, 0, 200, 200, 0x669933, true,
+                       XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE);
+        std::free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+        std::fprintf(out, "mapped\n");
+        std::fflush(out);
+        while (!stopping && !xcb_connection_has_error(c)) {
+            while (xcb_generic_event_t* event = xcb_poll_for_event(c)) {
+                const auto type = event->response_type & 0x7f;
+                if (type == XCB_BUTTON_PRESS || type == XCB_BUTTON_RELEASE) {
+                    auto* button = reinterpret_cast<xcb_button_press_event_t*>(event);
+                    std::fprintf(out, "%s %u\n", type == XCB_BUTTON_PRESS ? "press" : "release",
+                                 unsigned(button->detail));
+                    std::fflush(out);
+                }
+                std::free(event);
+            }
             usleep(5000);
         }
         xcb_destroy_window(c, window);
