@@ -13,6 +13,7 @@ compositors=("$@")
 root=$(cd "$(dirname "$0")/.." && pwd)
 export TESSARINE=$root/$build/tessarine
 cover=$root/$build/wayland_cover_timer
+switch=$root/$build/wayland_output_switch
 wayland_desktop=$root/$build/wayland_desktop
 runs=${BENCH_WAYLAND_RUNS:-15}
 password=k3y
@@ -46,9 +47,10 @@ write_options "<key>closeAnimation</key><integer>0</integer><key>startAnimation<
 # swaylock asks PAM in the tree, as root there: the tree's root has the same password.
 echo "root:$password" | chroot "$WAYLAND_CHROOT" chpasswd
 export XDG_SESSION_TYPE=wayland
-# sway's headless outputs at 250 Hz, so that a frame (and a screen copy) comes every 4 ms; labwc
-# has no setting for it and keeps its 60 Hz.
-export WAYLAND_SWAY_CONFIG=${WAYLAND_SWAY_CONFIG:-'output * mode --custom 1280x720@250Hz'}
+# The headless outputs at 250 Hz, so that a frame (and a screen copy) comes every 4 ms: sway's
+# by its configuration, labwc's through output management (labwc has no setting of its own).
+refresh=250
+export WAYLAND_SWAY_CONFIG=${WAYLAND_SWAY_CONFIG:-"output * mode --custom 1280x720@${refresh}Hz"}
 
 swaylock_running() { # any swaylock whose root is the tree
     local pid
@@ -80,6 +82,13 @@ measure() {
         compositor_stop
         return
     fi
+    if [ "$compositor" = labwc ]; then
+        local output
+        for output in HEADLESS-1 HEADLESS-2; do
+            "$switch" mode "$output" "1280x720@$refresh" ||
+                echo "$compositor: $output keeps its own refresh rate" >&2
+        done
+    fi
     "$wayland_desktop" ff00ff >"$RIG_DIR/desktop.txt" 2>&1 &
     desktop=$!
     : >"$RIG_DIR/tessarine.log"
@@ -96,9 +105,12 @@ measure() {
         sleep 0.5
     done
     stop_tessarine
-    # swaylock from the tree, as a user would start it: -f detaches once the session is locked.
-    local swaylock=(chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin HOME=/root
-        XDG_RUNTIME_DIR="$WAYLAND_RUNTIME" WAYLAND_DISPLAY="$COMPOSITOR_SOCKET" swaylock -f)
+    # swaylock from the tree, as the session would start it: the observer's child takes the
+    # tree as its root and runs swaylock at once (no chroot or env program first); -f detaches
+    # once the session is locked.
+    local tree=(--root "$WAYLAND_CHROOT" PATH=/usr/bin:/bin HOME=/root
+        XDG_RUNTIME_DIR="$WAYLAND_RUNTIME" WAYLAND_DISPLAY="$COMPOSITOR_SOCKET")
+    local swaylock=("${tree[@]}" /usr/bin/swaylock -f)
     for ((run = 0; run < runs; run++)); do
         "$cover" lock "${swaylock[@]}" >"$results/$compositor-swaylock-$run.txt" || true
         sleep 0.3
@@ -106,11 +118,11 @@ measure() {
         wait_until 5 swaylock_gone || echo "$compositor: swaylock did not end" >&2
         sleep 0.5
     done
-    # The cost of starting a program in the tree (chroot, then env), included in swaylock's figures.
+    # What starting a program costs the observer, by the same two paths: the tree's `true`
+    # (swaylock's path) and the host's (`tessarine lock`'s), each to its exit.
     for ((run = 0; run < runs; run++)); do
-        local t0=$(now_us)
-        chroot "$WAYLAND_CHROOT" env -i PATH=/usr/bin:/bin true
-        echo "$((($(now_us) - t0)))" | awk '{printf "%.2f\n", $1 / 1000}' >>"$results/$compositor-chroot.txt"
+        "$cover" lock "${tree[@]}" /usr/bin/true >"$results/$compositor-start_tree-$run.txt" || true
+        "$cover" lock /bin/true >"$results/$compositor-start_host-$run.txt" || true
     done
     kill "$desktop" 2>/dev/null || true
     wait "$desktop" 2>/dev/null || true
@@ -179,7 +191,8 @@ for compositor in "${compositors[@]}"; do
     s_drawn=$(figure "$compositor" swaylock drawn)
     t_unlock=$(unlock_figure "$compositor" tessarine)
     s_unlock=$(unlock_figure "$compositor" swaylock)
-    read -r chroot_median chroot_min chroot_max < <(stats <"$results/$compositor-chroot.txt")
+    start_tree=$(figure "$compositor" start_tree exited)
+    start_host=$(figure "$compositor" start_host exited)
     echo "Outputs (width x height @ refresh Hz, as the observer saw them):" \
         "$(grep -h -m1 '^outputs' "$results/$compositor-tessarine-0.txt" | cut -d' ' -f2- |
             sed 's/@0\( \|$\)/@0 (none given: 60)\1/g')."
@@ -197,7 +210,8 @@ for compositor in "${compositors[@]}"; do
     echo "| To the first frame: Tessarine's ÷ swaylock's (medians) | $(ratio "${t_drawn%% *}" "${s_drawn%% *}") | | 0.5 or less | |"
     row "Last password key to the desktop shown again, Tessarine" "$t_unlock" ""
     row "Last key (Return) to the desktop shown again, swaylock (PAM) (peer)" "$s_unlock" ""
-    echo "| Starting a program in the tree (\`chroot\`, \`env\`; in swaylock's figures) | $chroot_median ms | $chroot_min to $chroot_max ms | | $runs |"
+    row "Starting and ending \`true\` from the tree, as swaylock is started" "$start_tree" ""
+    row "Starting and ending \`true\` from the host, as \`tessarine lock\` is started" "$start_host" ""
 done
 echo
 cat <<'EOF'
@@ -218,16 +232,19 @@ cat <<'EOF'
   session"); the observer watches its log with inotify. swaylock's `-f` detaches once `locked`
   has come, so its figure is the started process's exit. `tessarine lock` is a small process that
   asks the running Tessarine over the session bus; swaylock is the whole locker starting, through
-  `chroot` and `env` into the tree (their own cost is the last row).
+  the observer's own child, which takes the tree as its root and runs swaylock at once, as a
+  compositor's key binding would start it (the last two rows: what starting a program costs by
+  each path, `true` started and ended).
 - Unlock: the observer makes a virtual keyboard (virtual-keyboard-unstable-v1, the US keymap),
   waits until the session is covered, presses Shift (which types nothing) so the locker has the
   keymap, types all but the last key 30 ms apart, waits 150 ms and times from the last key's
   press to the first frame with every point of every output magenta again. Tessarine's password
   is `k3y` and unlocks on its last key; swaylock's is the tree's root password (set to the same),
   checked by PAM after Return.
-- The screen figures move in steps of a frame, for both lockers alike: sway's outputs are set
-  to 250 Hz (a frame every 4 ms; sway then spends about 7 % of a core answering the copies,
-  2 % at 60 Hz), labwc's stay at its headless 60 Hz (16.7 ms).
+- The screen figures move in steps of a frame, for both lockers alike: the outputs are set to
+  250 Hz, a frame every 4 ms (sway's by its configuration, labwc's through wlr-output-management
+  with `tests/tools/wayland_output_switch`); sway then spends about 7 % of a core answering the
+  copies, 2 % at 60 Hz.
 - Each Tessarine run is one running Tessarine locked again; each swaylock run a new swaylock,
   which ends when it unlocks. The machine is shared (2 cores, other builds beside): the spreads
   show that noise.

@@ -149,6 +149,7 @@ bool WaylandScreenShield::grabPointer(QWidget*)
 
 void WaylandScreenShield::releaseGrabs()
 {
+    m_keyWindow = nullptr;
     m_windows.holdBackingStorePaints(false);
     m_repaint.stop();
     m_windows.reset();
@@ -164,13 +165,17 @@ void WaylandScreenShield::keepAbove(const QList<QWidget*>& windows)
 void WaylandScreenShield::deliverKey(const QString& text, quint32 keysym, quint32 keycode,
                                      bool capsLock)
 {
-    if (!m_keyWindow)
+    // The press may end the lock (the password's last key), which lets the window go.
+    const QPointer<QWidget> window = m_keyWindow;
+    if (!window)
         return;
     // Caps Lock from the seat's xkb state, where the key translation reads it in every key event.
     const quint32 modifiers = capsLock ? KeyTranslation::capsLockNativeModifier : 0;
     const int key = qtKeyOf(keysym, text);
     QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, keycode, keysym, modifiers, text);
-    QCoreApplication::sendEvent(m_keyWindow, &press);
+    QCoreApplication::sendEvent(window, &press);
+    if (!window)
+        return;
     QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, keycode, keysym, modifiers, text);
-    QCoreApplication::sendEvent(m_keyWindow, &release);
+    QCoreApplication::sendEvent(window, &release);
 }

@@ -33,7 +33,9 @@ public:
     bool makeKey(QWidget* window) override;
     bool grabPointer(QWidget* window) override;
     void releaseGrabs() override;
-    bool holdsKeyboard() const override { return m_lock.isLocked(); }
+    // Held once the compositor has locked and the lock window is known to take the keys: the
+    // compositor may say `locked` before the window is made key, which must happen all the same.
+    bool holdsKeyboard() const override { return m_lock.isLocked() && m_keyWindow; }
     bool holdsPointer() const override { return m_lock.isLocked(); }
     bool refreshGrabs() override { return m_lock.isLocked(); }
     void onHoldLost(std::function<void()> callback) override { m_holdLost = std::move(callback); }

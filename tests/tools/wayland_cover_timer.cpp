@@ -1,7 +1,7 @@
 // Times a Wayland screen lock from outside: another client of the compositor that reads a few
 // points of every output through wlr-screencopy, the same way whichever program locks.
 //
-//   wayland_cover_timer lock [--log FILE TEXT] COMMAND...
+//   wayland_cover_timer lock [--log FILE TEXT] [--root DIR NAME=VALUE...] COMMAND...
 //     Waits until every output shows the desktop (magenta at every point), then starts COMMAND
 //     and prints, in milliseconds from its start:
 //       covered T   every output shows no desktop point (a blank lock counts)
@@ -9,7 +9,9 @@
 //       exited T    COMMAND's process ended (swaylock -f ends once the session is locked)
 //       logged T    a line holding TEXT was added to FILE (Tessarine's log)
 //     or "NAME timeout" for what did not happen within 5 s; first, a line "outputs" with each
-//     output's size and refresh rate (WIDTHxHEIGHT@HZ).
+//     output's size and refresh rate (WIDTHxHEIGHT@HZ). With --root, COMMAND runs with DIR as
+//     its root and only the NAME=VALUE environment, as a program of that tree started by the
+//     session would: the child changes its root itself, so no chroot or env program runs first.
 //   wayland_cover_timer unlock TEXT
 //     Types TEXT through a virtual keyboard of its own into the locked session and prints
 //       unlocked T  from the last key's press to every output showing the desktop again.
@@ -326,6 +328,14 @@ int timeLock(wl_display* display, int argc, char** argv)
         logText = argv[2];
         first = 3;
     }
+    std::string root;
+    std::vector<char*> environment;
+    if (argc - first >= 2 && std::strcmp(argv[first], "--root") == 0) {
+        root = argv[first + 1];
+        for (first += 2; first < argc && std::strchr(argv[first], '='); ++first)
+            environment.push_back(argv[first]);
+        environment.push_back(nullptr);
+    }
     if (first >= argc)
         return 2;
     double when = 0;
@@ -351,7 +361,13 @@ int timeLock(wl_display* display, int argc, char** argv)
     const double start = nowMs();
     const pid_t child = fork();
     if (child == 0) {
-        execvp(argv[first], argv + first);
+        if (!root.empty()) {
+            if (chroot(root.c_str()) != 0 || chdir("/") != 0)
+                _exit(126);
+            execvpe(argv[first], argv + first, environment.data());
+        } else {
+            execvp(argv[first], argv + first);
+        }
         _exit(127);
     }
     const int childFd = int(syscall(SYS_pidfd_open, child, 0));
@@ -545,7 +561,8 @@ int timeUnlock(wl_display* display, const std::string& text)
 int main(int argc, char** argv)
 {
     if (argc < 2 || (argc < 3 && std::string(argv[1]) != "caps")) {
-        std::fprintf(stderr, "usage: wayland_cover_timer lock [--log FILE TEXT] COMMAND...\n"
+        std::fprintf(stderr, "usage: wayland_cover_timer lock [--log FILE TEXT] "
+                             "[--root DIR NAME=VALUE...] COMMAND...\n"
                              "       wayland_cover_timer unlock TEXT\n"
                              "       wayland_cover_timer caps\n");
         return 2;

@@ -3,6 +3,8 @@
 // is, to every other client, an output plugged in (a new wl_output global).
 //   wayland_output_switch list          each output's name and "on" or "off", one a line
 //   wayland_output_switch on|off NAME   turns NAME on or off, keeping the others as they are
+//   wayland_output_switch mode NAME WIDTHxHEIGHT@HZ   gives NAME that mode of its own (headless
+//                                       outputs take any; the benchmark's 250 Hz)
 // Exits 0 once the compositor has applied the change, 1 (saying why) otherwise.
 #include "wlr-output-management-unstable-v1-client-protocol.h"
 
@@ -113,8 +115,18 @@ void global(void* data, wl_registry* registry, uint32_t name, const char* interf
 void globalRemove(void*, wl_registry*, uint32_t) {}
 const wl_registry_listener registryListener{global, globalRemove};
 
-// Every head must be named in a configuration: the one switched as asked, the others as they are.
-Outcome apply(wl_display* display, Manager& manager, const std::string& name, bool on)
+// A mode of an output's own: width, height and refresh rate (mHz).
+struct CustomMode
+{
+    int width = 0;
+    int height = 0;
+    int refresh = 0;
+};
+
+// Every head must be named in a configuration: the one switched as asked (on with `mode` where
+// one is given), the others as they are.
+Outcome apply(wl_display* display, Manager& manager, const std::string& name, bool on,
+              const CustomMode* mode = nullptr)
 {
     auto outcome = Outcome::pending;
     auto* configuration =
@@ -124,10 +136,13 @@ Outcome apply(wl_display* display, Manager& manager, const std::string& name, bo
         if (head->gone)
             continue;
         const bool enabled = head->name == name ? on : head->enabled;
-        if (enabled)
-            zwlr_output_configuration_head_v1_destroy(
-                zwlr_output_configuration_v1_enable_head(configuration, head->proxy));
-        else
+        if (enabled) {
+            auto* configured = zwlr_output_configuration_v1_enable_head(configuration, head->proxy);
+            if (mode && head->name == name)
+                zwlr_output_configuration_head_v1_set_custom_mode(configured, mode->width,
+                                                                  mode->height, mode->refresh);
+            zwlr_output_configuration_head_v1_destroy(configured);
+        } else
             zwlr_output_configuration_v1_disable_head(configuration, head->proxy);
     }
     zwlr_output_configuration_v1_apply(configuration);
@@ -139,7 +154,8 @@ Outcome apply(wl_display* display, Manager& manager, const std::string& name, bo
 
 int usage()
 {
-    std::fprintf(stderr, "usage: wayland_output_switch list | on NAME | off NAME\n");
+    std::fprintf(stderr, "usage: wayland_output_switch list | on NAME | off NAME | "
+                         "mode NAME WIDTHxHEIGHT@HZ\n");
     return 2;
 }
 
@@ -148,8 +164,17 @@ int usage()
 int main(int argc, char** argv)
 {
     const std::string command = argc > 1 ? argv[1] : "";
-    if (!(command == "list" && argc == 2) && !((command == "on" || command == "off") && argc == 3))
+    CustomMode mode;
+    if (command == "mode" && argc == 4) {
+        double hertz = 0;
+        if (std::sscanf(argv[3], "%dx%d@%lf", &mode.width, &mode.height, &hertz) != 3 ||
+            mode.width <= 0 || mode.height <= 0 || hertz <= 0)
+            return usage();
+        mode.refresh = int(hertz * 1000);
+    } else if (!(command == "list" && argc == 2) &&
+               !((command == "on" || command == "off") && argc == 3)) {
         return usage();
+    }
     wl_display* display = wl_display_connect(nullptr);
     if (!display) {
         std::fprintf(stderr, "wayland_output_switch: no Wayland display\n");
@@ -179,7 +204,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "wayland_output_switch: no output is called %s\n", name.c_str());
         return 1;
     }
-    switch (apply(display, manager, name, command == "on")) {
+    switch (apply(display, manager, name, command != "off", command == "mode" ? &mode : nullptr)) {
     case Outcome::succeeded:
         return 0;
     case Outcome::failed:
