@@ -1,5 +1,7 @@
 #include "platform/wayland/WaylandConnection.h"
 
+#include <poll.h>
+
 #include <wayland-client.h>
 
 WaylandConnection::~WaylandConnection()
@@ -59,4 +61,21 @@ void WaylandConnection::dispatch()
         if (m_ended)
             m_ended();
     }
+}
+
+bool WaylandConnection::dispatchUntil(std::chrono::milliseconds limit,
+                                      const std::function<bool()>& done)
+{
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            end - std::chrono::steady_clock::now());
+        if (left.count() <= 0 || !isWatching())
+            return false;
+        wl_display_flush(m_display);
+        pollfd events{fd(), POLLIN, 0};
+        if (poll(&events, 1, int(left.count()) + 1) > 0)
+            dispatch();
+    }
+    return true;
 }

@@ -2,6 +2,7 @@
 
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -35,6 +36,9 @@ public:
     wl_registry* registry() const { return m_registry; }
     int fd() const;
     void flush() const;
+    // Reads and handles events here and now, without the event loop, until `done` holds or
+    // `limit` has passed; false when it did not come to hold.
+    bool dispatchUntil(std::chrono::milliseconds limit, const std::function<bool()>& done);
 
 private:
     void dispatch();

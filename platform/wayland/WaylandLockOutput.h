@@ -44,6 +44,8 @@ public:
     // A lock surface on this output for the lock; nothing is drawn on it before its configure.
     void addLockSurface(wl_compositor* compositor, ext_session_lock_v1* lock, Extras extras);
     bool hasLockSurface() const { return m_lockSurface != nullptr; }
+    // The compositor gave the lock surface its size; its first picture went with the answer.
+    bool isConfigured() const { return m_lockSurface != nullptr && m_size.isValid(); }
     wl_surface* surface() const { return m_surface; }
     // The lock surface and its buffers go (the lock ended).
     void destroySurface();

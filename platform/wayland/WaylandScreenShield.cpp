@@ -100,13 +100,20 @@ bool WaylandScreenShield::coverDisplays(const QColor& colour)
     // Security: the compositor hides every output the moment it reads the request, before the
     // lock screen is built; the lock surfaces show the cover's colour until it is.
     m_windows.setCoverColour(colour);
-    m_lock.lock();
     if (!m_lock.isConnected())
         return false;
-    // Until the compositor answers (a compositor that does not, or refuses, holds nothing back
-    // for longer than a moment).
+    // Security: the last lock's windows are forgotten, so that nothing of them (the password
+    // field as it was left) is drawn before this lock's windows are given: the cover until then.
+    m_windows.setKeyWindow(nullptr);
+    m_windows.setWindows({});
+    // Qt's paints of the windows wait until the compositor answers (a compositor that does not,
+    // or refuses, holds nothing back for longer than a moment).
     m_windows.holdBackingStorePaints(true);
     QTimer::singleShot(250, this, [this] { m_windows.holdBackingStorePaints(false); });
+    m_lock.lock();
+    // The answer is read at once (a millisecond or two) rather than after the lock screen is
+    // built, so that each output shows the cover at the compositor's next frame.
+    m_lock.awaitCover(std::chrono::milliseconds(30));
     return true;
 }
 

@@ -305,6 +305,16 @@ void WaylandSessionLock::lock()
     m->connection.flush();
 }
 
+bool WaylandSessionLock::awaitCover(std::chrono::milliseconds limit)
+{
+    return m->connection.dispatchUntil(limit, [this] {
+        return !m->lock ||
+               (m->locked && std::all_of(m->outputs.begin(), m->outputs.end(), [](const auto& o) {
+                    return !o->hasLockSurface() || o->isConfigured();
+                }));
+    });
+}
+
 void WaylandSessionLock::unlock()
 {
     if (!m->lock || !m->locked)

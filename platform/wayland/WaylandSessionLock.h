@@ -8,6 +8,7 @@
 #include <QSize>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -88,6 +89,10 @@ public:
     void setPainter(Painter painter);
     // Asks the compositor to lock; locked() or finished() follows.
     void lock();
+    // Right after lock(): handles the compositor's answer here and now, for at most `limit`,
+    // until it has said `locked` and configured every lock surface (each then shows the cover),
+    // or refused. False when it did not answer in time; the event loop reads the rest.
+    bool awaitCover(std::chrono::milliseconds limit);
     // Only after the password: the compositor shows the session again.
     void unlock();
     bool isLocked() const;

@@ -27,7 +27,7 @@ wait_until 3 grep -q 'press 1' "$RIG_DIR/clicks.txt" || fail "the probe's window
 : >"$RIG_DIR/clicks.txt"
 
 start_tessarine_in_session
-grep -q "the lock shortcut is not registered: a Wayland compositor keeps the keyboard to itself" \
+wait_until 3 grep -q "the lock shortcut is not registered: a Wayland compositor keeps the keyboard to itself" \
     "$RIG_DIR/tessarine.log" || fail "the log does not say why the lock shortcut is not registered"
 xdotool key super+alt+l
 sleep 1
