@@ -10,6 +10,7 @@
 
 #include <wayland-client.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -25,6 +26,7 @@ struct Head
     std::string name;
     bool enabled = false;
     bool gone = false;
+    std::vector<zwlr_output_mode_v1*> modes;
 };
 
 struct Manager
@@ -44,25 +46,31 @@ enum class Outcome
     cancelled,
 };
 
-// Modes come with each head; an output turned on keeps its own, so none is chosen here.
-const zwlr_output_mode_v1_listener modeListener{
-    [](void*, zwlr_output_mode_v1*, int32_t, int32_t) {},
-    [](void*, zwlr_output_mode_v1*, int32_t) {},
-    [](void*, zwlr_output_mode_v1*) {},
-    [](void*, zwlr_output_mode_v1* mode) { zwlr_output_mode_v1_destroy(mode); },
-};
-
 Head* headOf(void* data)
 {
     return static_cast<Head*>(data);
 }
 
+// Modes come with each head; an output turned on keeps its own, so none is chosen here. Each is
+// kept with its head only to be let go.
+const zwlr_output_mode_v1_listener modeListener{
+    [](void*, zwlr_output_mode_v1*, int32_t, int32_t) {},
+    [](void*, zwlr_output_mode_v1*, int32_t) {},
+    [](void*, zwlr_output_mode_v1*) {},
+    [](void* data, zwlr_output_mode_v1* mode) {
+        auto& modes = headOf(data)->modes;
+        modes.erase(std::remove(modes.begin(), modes.end(), mode), modes.end());
+        zwlr_output_mode_v1_destroy(mode);
+    },
+};
+
 const zwlr_output_head_v1_listener headListener{
     [](void* data, zwlr_output_head_v1*, const char* name) { headOf(data)->name = name; },
     [](void*, zwlr_output_head_v1*, const char*) {},
     [](void*, zwlr_output_head_v1*, int32_t, int32_t) {},
-    [](void*, zwlr_output_head_v1*, zwlr_output_mode_v1* mode) {
-        zwlr_output_mode_v1_add_listener(mode, &modeListener, nullptr);
+    [](void* data, zwlr_output_head_v1*, zwlr_output_mode_v1* mode) {
+        headOf(data)->modes.push_back(mode);
+        zwlr_output_mode_v1_add_listener(mode, &modeListener, data);
     },
     [](void* data, zwlr_output_head_v1*, int32_t enabled) { headOf(data)->enabled = enabled != 0; },
     [](void*, zwlr_output_head_v1*, zwlr_output_mode_v1*) {},
@@ -152,6 +160,40 @@ Outcome apply(wl_display* display, Manager& manager, const std::string& name, bo
     return outcome;
 }
 
+// Every proxy let go and the connection closed, so that nothing is left for a leak check.
+void closeConnection(wl_display* display, wl_registry* registry, Manager& manager)
+{
+    for (const auto& head : manager.heads) {
+        for (zwlr_output_mode_v1* mode : head->modes)
+            zwlr_output_mode_v1_destroy(mode);
+        if (!head->gone)
+            zwlr_output_head_v1_destroy(head->proxy);
+    }
+    if (manager.proxy)
+        zwlr_output_manager_v1_destroy(manager.proxy);
+    wl_registry_destroy(registry);
+    wl_display_disconnect(display);
+}
+
+// What the compositor did with the change, said where it failed; the exit status.
+int reported(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::succeeded:
+        return 0;
+    case Outcome::failed:
+        std::fprintf(stderr, "wayland_output_switch: the compositor could not apply it\n");
+        return 1;
+    case Outcome::cancelled:
+        std::fprintf(stderr, "wayland_output_switch: the outputs changed meanwhile\n");
+        return 1;
+    case Outcome::pending:
+        break;
+    }
+    std::fprintf(stderr, "wayland_output_switch: the compositor went away\n");
+    return 1;
+}
+
 int usage()
 {
     std::fprintf(stderr, "usage: wayland_output_switch list | on NAME | off NAME | "
@@ -184,38 +226,32 @@ int main(int argc, char** argv)
     wl_registry* registry = wl_display_get_registry(display);
     wl_registry_add_listener(registry, &registryListener, &manager);
     wl_display_roundtrip(display);
+    int status = 0;
     if (!manager.proxy) {
         std::fprintf(stderr, "wayland_output_switch: the compositor offers no output management\n");
-        return 1;
+        status = 1;
+    } else {
+        zwlr_output_manager_v1_add_listener(manager.proxy, &managerListener, &manager);
+        while (!manager.done && wl_display_dispatch(display) != -1) {
+        }
+        if (command == "list") {
+            for (const auto& head : manager.heads)
+                std::printf("%s %s\n", head->name.c_str(), head->enabled ? "on" : "off");
+        } else {
+            const std::string name = argv[2];
+            const bool known = std::any_of(manager.heads.begin(), manager.heads.end(),
+                                           [&](const auto& head) { return head->name == name; });
+            if (known) {
+                status = reported(apply(display, manager, name, command != "off",
+                                        command == "mode" ? &mode : nullptr));
+            } else {
+                std::fprintf(stderr, "wayland_output_switch: no output is called %s\n",
+                             name.c_str());
+                status = 1;
+            }
+        }
     }
-    zwlr_output_manager_v1_add_listener(manager.proxy, &managerListener, &manager);
-    while (!manager.done && wl_display_dispatch(display) != -1) {
-    }
-    if (command == "list") {
-        for (const auto& head : manager.heads)
-            std::printf("%s %s\n", head->name.c_str(), head->enabled ? "on" : "off");
-        return 0;
-    }
-    const std::string name = argv[2];
-    bool known = false;
-    for (const auto& head : manager.heads)
-        known = known || head->name == name;
-    if (!known) {
-        std::fprintf(stderr, "wayland_output_switch: no output is called %s\n", name.c_str());
-        return 1;
-    }
-    switch (apply(display, manager, name, command != "off", command == "mode" ? &mode : nullptr)) {
-    case Outcome::succeeded:
-        return 0;
-    case Outcome::failed:
-        std::fprintf(stderr, "wayland_output_switch: the compositor could not apply it\n");
-        return 1;
-    case Outcome::cancelled:
-        std::fprintf(stderr, "wayland_output_switch: the outputs changed meanwhile\n");
-        return 1;
-    case Outcome::pending:
-        break;
-    }
-    std::fprintf(stderr, "wayland_output_switch: the compositor went away\n");
-    return 1;
+    std::fflush(stdout);
+    closeConnection(display, registry, manager);
+    return status;
 }
