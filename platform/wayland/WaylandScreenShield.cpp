@@ -4,13 +4,15 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QWindow>
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace {
 
 // The Qt key of a keysym, for the keys the lock window looks at by their Qt name (modifiers,
-// Return, Caps Lock); any other key is told by its text and keysym.
+// Return, Caps Lock, the media keys the player obeys while locked); any other key is told by its
+// text and keysym.
 int qtKeyOf(quint32 keysym, const QString& text)
 {
     switch (keysym) {
@@ -38,6 +40,14 @@ int qtKeyOf(quint32 keysym, const QString& text)
         return Qt::Key_Backspace;
     case XKB_KEY_Escape:
         return Qt::Key_Escape;
+    case XKB_KEY_XF86AudioPlay:
+        return Qt::Key_MediaPlay;
+    case XKB_KEY_XF86AudioPause:
+        return Qt::Key_MediaPause;
+    case XKB_KEY_XF86AudioNext:
+        return Qt::Key_MediaNext;
+    case XKB_KEY_XF86AudioPrev:
+        return Qt::Key_MediaPrevious;
     default:
         return text.size() == 1 ? int(text.at(0).toUpper().unicode()) : int(Qt::Key_unknown);
     }
@@ -179,10 +189,16 @@ void WaylandScreenShield::deliverKey(const QString& text, quint32 keysym, quint3
     // Caps Lock from the seat's xkb state, where the key translation reads it in every key event.
     const quint32 modifiers = capsLock ? KeyTranslation::capsLockNativeModifier : 0;
     const int key = qtKeyOf(keysym, text);
+    // To the window's platform window, as the X server's keys come: the application's own look
+    // at every key (the media keys) happens there, and the window's focus widget gets the key.
+    const auto receiver = [&window]() -> QObject* {
+        return window->windowHandle() ? static_cast<QObject*>(window->windowHandle())
+                                      : static_cast<QObject*>(window.data());
+    };
     QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, keycode, keysym, modifiers, text);
-    QCoreApplication::sendEvent(window, &press);
+    QCoreApplication::sendEvent(receiver(), &press);
     if (!window)
         return;
     QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, keycode, keysym, modifiers, text);
-    QCoreApplication::sendEvent(window, &release);
+    QCoreApplication::sendEvent(receiver(), &release);
 }
