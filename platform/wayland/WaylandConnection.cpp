@@ -1,5 +1,7 @@
 #include "platform/wayland/WaylandConnection.h"
 
+#include <QTimer>
+
 #include <poll.h>
 
 #include <wayland-client.h>
@@ -9,6 +11,8 @@ WaylandConnection::~WaylandConnection()
     m_events.reset();
     if (m_registry)
         wl_registry_destroy(m_registry);
+    if (m_inputQueue)
+        wl_event_queue_destroy(m_inputQueue);
     if (m_display)
         wl_display_disconnect(m_display);
 }
@@ -20,6 +24,7 @@ bool WaylandConnection::open(const wl_registry_listener* listener, void* data)
     m_display = wl_display_connect(nullptr);
     if (!m_display)
         return false;
+    m_inputQueue = wl_display_create_queue(m_display);
     m_registry = wl_display_get_registry(m_display);
     wl_registry_add_listener(m_registry, listener, data);
     wl_display_roundtrip(m_display);
@@ -53,6 +58,8 @@ void WaylandConnection::dispatch()
         wl_display_dispatch_pending(m_display);
     wl_display_read_events(m_display);
     wl_display_dispatch_pending(m_display);
+    if (!m_inputHeld && m_inputQueue)
+        wl_display_dispatch_queue_pending(m_display, m_inputQueue);
     wl_display_flush(m_display);
     if (wl_display_get_error(m_display) != 0 && m_events && m_events->isEnabled()) {
         // Nothing more will be read: the notifier is only switched off, since this runs inside
@@ -61,6 +68,21 @@ void WaylandConnection::dispatch()
         if (m_ended)
             m_ended();
     }
+}
+
+void WaylandConnection::holdInput(bool held, std::function<void()> afterwards)
+{
+    if (held == m_inputHeld)
+        return;
+    m_inputHeld = held;
+    if (held || !m_events)
+        return;
+    QTimer::singleShot(0, m_events.get(), [this, afterwards = std::move(afterwards)] {
+        if (!m_inputHeld && m_inputQueue && isWatching())
+            wl_display_dispatch_queue_pending(m_display, m_inputQueue);
+        if (afterwards)
+            afterwards();
+    });
 }
 
 bool WaylandConnection::dispatchUntil(std::chrono::milliseconds limit,

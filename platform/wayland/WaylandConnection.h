@@ -7,6 +7,7 @@
 #include <memory>
 
 struct wl_display;
+struct wl_event_queue;
 struct wl_registry;
 struct wl_registry_listener;
 
@@ -15,6 +16,9 @@ struct wl_registry_listener;
 // every wake-up of the connection's descriptor reads what came and dispatches it. A connection
 // the compositor ended, or closed for a protocol error, calls `ended` once and reads no more.
 // The owner frees its own proxies first; the connection is closed last, by the destructor.
+//
+// The input devices' events may go to a queue of their own (`inputQueue`), which can be held:
+// its events are read with the rest and handled, in their order, only once it is let go.
 class WaylandConnection
 {
 public:
@@ -40,11 +44,21 @@ public:
     // `limit` has passed; false when it did not come to hold.
     bool dispatchUntil(std::chrono::milliseconds limit, const std::function<bool()>& done);
 
+    // The queue for proxies whose events may be held (wl_proxy_set_queue).
+    wl_event_queue* inputQueue() const { return m_inputQueue; }
+    // While held, the input queue's events wait; let go, those that waited are handled at the
+    // event loop's next turn (not inside the caller), then `afterwards` runs, and the rest are
+    // handled as they come.
+    void holdInput(bool held, std::function<void()> afterwards = {});
+    bool holdsInput() const { return m_inputHeld; }
+
 private:
     void dispatch();
 
     wl_display* m_display = nullptr;
     wl_registry* m_registry = nullptr;
+    wl_event_queue* m_inputQueue = nullptr;
+    bool m_inputHeld = false;
     std::unique_ptr<QSocketNotifier> m_events;
     std::function<void()> m_ended;
 };

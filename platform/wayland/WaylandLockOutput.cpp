@@ -34,6 +34,7 @@ void WaylandLockOutput::addLockSurface(wl_compositor* compositor, ext_session_lo
     // protocol error.
     m_size = QSize();
     m_wholeShown = false;
+    m_shown = false;
     m_surface = wl_compositor_create_surface(compositor);
     m_lockSurface = ext_session_lock_v1_get_lock_surface(lock, m_surface, m_output);
     static const ext_session_lock_surface_v1_listener lockSurfaceListener{configure};
@@ -51,6 +52,10 @@ void WaylandLockOutput::addLockSurface(wl_compositor* compositor, ext_session_lo
 void WaylandLockOutput::destroySurface()
 {
     // The surface's add-ons go first: they name the surface.
+    if (m_firstFrame)
+        wl_callback_destroy(m_firstFrame);
+    m_firstFrame = nullptr;
+    m_shown = false;
     if (m_fractionalScale)
         wp_fractional_scale_v1_destroy(m_fractionalScale);
     m_fractionalScale = nullptr;
@@ -118,6 +123,13 @@ void WaylandLockOutput::paint()
         wl_surface_set_buffer_scale(m_surface, int(view.scale));
     wl_surface_attach(m_surface, buffer->buffer, 0, 0);
     wl_surface_damage_buffer(m_surface, 0, 0, INT32_MAX, INT32_MAX);
+    // The first picture's frame callback: the compositor has shown it (the lock screen is built
+    // only then, WaylandScreenShield::coverDisplays).
+    if (!m_shown && !m_firstFrame) {
+        static const wl_callback_listener shownListener{frameShown};
+        m_firstFrame = wl_surface_frame(m_surface);
+        wl_callback_add_listener(m_firstFrame, &shownListener, this);
+    }
     wl_surface_commit(m_surface);
     buffer->busy = true;
 }
@@ -129,6 +141,14 @@ void WaylandLockOutput::configure(void* data, ext_session_lock_surface_v1* surfa
     output->m_size = QSize(int(width), int(height));
     ext_session_lock_surface_v1_ack_configure(surface, serial);
     output->paint();
+}
+
+void WaylandLockOutput::frameShown(void* data, wl_callback* callback, uint32_t)
+{
+    auto* output = static_cast<WaylandLockOutput*>(data);
+    wl_callback_destroy(callback);
+    output->m_firstFrame = nullptr;
+    output->m_shown = true;
 }
 
 // What tells the program's screens apart (the name, the position) and the scale to draw at.

@@ -11,6 +11,7 @@
 
 struct ext_session_lock_surface_v1;
 struct ext_session_lock_v1;
+struct wl_callback;
 struct wl_compositor;
 struct wl_output;
 struct wl_shm;
@@ -46,6 +47,9 @@ public:
     bool hasLockSurface() const { return m_lockSurface != nullptr; }
     // The compositor gave the lock surface its size; its first picture went with the answer.
     bool isConfigured() const { return m_lockSurface != nullptr && m_size.isValid(); }
+    // The compositor has shown a picture of this lock surface (its frame callback for the first
+    // picture committed came).
+    bool hasShownPicture() const { return m_lockSurface != nullptr && m_shown; }
     wl_surface* surface() const { return m_surface; }
     // The lock surface and its buffers go (the lock ended).
     void destroySurface();
@@ -71,6 +75,7 @@ private:
     static void scaleChanged(void* data, wl_output*, int32_t factor);
     static void named(void* data, wl_output*, const char* name);
     static void described(void*, wl_output*, const char*) {}
+    static void frameShown(void* data, wl_callback* callback, uint32_t);
     static void preferredScale(void* data, wp_fractional_scale_v1*, uint32_t scale);
     // The scale the picture is drawn at.
     qreal drawnScale() const;
@@ -83,6 +88,7 @@ private:
     ext_session_lock_surface_v1* m_lockSurface = nullptr;
     wp_fractional_scale_v1* m_fractionalScale = nullptr;
     wp_viewport* m_viewport = nullptr;
+    wl_callback* m_firstFrame = nullptr;
     WaylandShmBuffers m_buffers;
     WaylandShmBuffers m_plainBuffers;
     QSize m_size;
@@ -95,5 +101,6 @@ private:
     // from one lock to the next: the next surface is on the same output.
     uint32_t m_preferredScale = 0;
     bool m_wholeShown = false;
+    bool m_shown = false;
     bool m_owed = false;
 };

@@ -68,6 +68,7 @@ WaylandScreenShield::WaylandScreenShield(QObject* parent) : QObject(parent)
                    QPointF position,
                    int button) { m_windows.pointer(action, view, position, button); });
     connect(&m_lock, &WaylandSessionLock::finished, this, [this] {
+        m_lock.holdKeys(false);
         m_windows.holdBackingStorePaints(false);
         m_repaint.stop();
         m_windows.reset();
@@ -120,10 +121,14 @@ bool WaylandScreenShield::coverDisplays(const QColor& colour)
     // or refuses, holds nothing back for longer than a moment).
     m_windows.holdBackingStorePaints(true);
     QTimer::singleShot(250, this, [this] { m_windows.holdBackingStorePaints(false); });
+    // Keys typed from here on wait for the lock window (makeKey).
+    m_lock.holdKeys(true);
     m_lock.lock();
-    // The answer is read at once (a millisecond or two) rather than after the lock screen is
-    // built, so that each output shows the cover at the compositor's next frame.
-    m_lock.awaitCover(std::chrono::milliseconds(30));
+    // The answer is read at once rather than after the lock screen is built, so that each
+    // output shows the cover at the compositor's next frame; and the lock screen is built only
+    // once the compositor has shown it (a frame or two), so that building it, the better part of
+    // a core for 10 to 20 ms, does not hold the compositor back from that frame.
+    m_lock.awaitCover(std::chrono::milliseconds(50));
     return true;
 }
 
@@ -143,6 +148,8 @@ bool WaylandScreenShield::makeKey(QWidget* window)
 {
     m_keyWindow = window;
     m_windows.setKeyWindow(window);
+    // The keys typed while the lock screen was built come now, in their order.
+    m_lock.holdKeys(false);
     // Asked once; until the compositor says `locked` the caller's retries find it not held yet.
     m_lock.lock();
     if (m_lock.isLocked() && !m_repaint.isActive()) {
@@ -167,6 +174,7 @@ bool WaylandScreenShield::grabPointer(QWidget*)
 void WaylandScreenShield::releaseGrabs()
 {
     m_keyWindow = nullptr;
+    m_lock.holdKeys(false);
     m_windows.holdBackingStorePaints(false);
     m_repaint.stop();
     m_windows.reset();

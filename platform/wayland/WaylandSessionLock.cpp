@@ -48,6 +48,9 @@ struct WaylandSessionLock::State
     wl_shm* shm = nullptr;
     wl_seat* seat = nullptr;
     wl_keyboard* keyboard = nullptr;
+    // Keyboards the seat lost while keys were held: released once the keys they brought have
+    // been handled (a proxy released drops the events still queued for it).
+    std::vector<wl_keyboard*> lostKeyboards;
     std::unique_ptr<WaylandLockPointer> pointer;
     ext_session_lock_manager_v1* manager = nullptr;
     wp_fractional_scale_manager_v1* fractionalScales = nullptr;
@@ -67,6 +70,7 @@ struct WaylandSessionLock::State
         outputs.clear();
         // Every proxy is ours to free; disconnecting frees none of them.
         pointer.reset();
+        releaseLostKeyboards();
         if (keyboard)
             wl_keyboard_release(keyboard);
         // A lock still held stays held: its proxy is freed here without a word to the
@@ -88,6 +92,13 @@ struct WaylandSessionLock::State
         xkb_state_unref(keys);
         xkb_keymap_unref(keymap);
         xkb_context_unref(xkb);
+    }
+
+    void releaseLostKeyboards()
+    {
+        for (wl_keyboard* lost : lostKeyboards)
+            wl_keyboard_release(lost);
+        lostKeyboards.clear();
     }
 
     void addLockSurface(WaylandLockOutput& output)
@@ -169,9 +180,16 @@ struct WaylandSessionLock::State
         const bool keyboard = capabilities & WL_SEAT_CAPABILITY_KEYBOARD;
         if (keyboard && !s->keyboard) {
             s->keyboard = wl_seat_get_keyboard(seat);
+            wl_proxy_set_queue(reinterpret_cast<wl_proxy*>(s->keyboard),
+                               s->connection.inputQueue());
             wl_keyboard_add_listener(s->keyboard, &keyboardListener, s);
         } else if (!keyboard && s->keyboard) {
-            wl_keyboard_release(s->keyboard);
+            // A keyboard unplugged (or a virtual one ended) right after typing: its keys still
+            // wait while held.
+            if (s->connection.holdsInput())
+                s->lostKeyboards.push_back(s->keyboard);
+            else
+                wl_keyboard_release(s->keyboard);
             s->keyboard = nullptr;
         }
         const bool pointer = capabilities & WL_SEAT_CAPABILITY_POINTER;
@@ -310,9 +328,14 @@ bool WaylandSessionLock::awaitCover(std::chrono::milliseconds limit)
     return m->connection.dispatchUntil(limit, [this] {
         return !m->lock ||
                (m->locked && std::all_of(m->outputs.begin(), m->outputs.end(), [](const auto& o) {
-                    return !o->hasLockSurface() || o->isConfigured();
+                    return !o->hasLockSurface() || o->hasShownPicture();
                 }));
     });
+}
+
+void WaylandSessionLock::holdKeys(bool held)
+{
+    m->connection.holdInput(held, [state = m.get()] { state->releaseLostKeyboards(); });
 }
 
 void WaylandSessionLock::unlock()

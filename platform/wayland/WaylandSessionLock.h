@@ -90,9 +90,14 @@ public:
     // Asks the compositor to lock; locked() or finished() follows.
     void lock();
     // Right after lock(): handles the compositor's answer here and now, for at most `limit`,
-    // until it has said `locked` and configured every lock surface (each then shows the cover),
-    // or refused. False when it did not answer in time; the event loop reads the rest.
+    // until it has said `locked`, configured every lock surface (each answered with the cover)
+    // and shown each one's first picture, or refused. False when that did not come in time; the
+    // event loop reads the rest.
     bool awaitCover(std::chrono::milliseconds limit);
+    // While held, the keys typed on the lock surfaces wait, in their order, and are reported once
+    // let go (at the event loop's next turn): nobody loses a key typed before the lock window
+    // takes them.
+    void holdKeys(bool held);
     // Only after the password: the compositor shows the session again.
     void unlock();
     bool isLocked() const;

@@ -1,0 +1,40 @@
+# Keys typed on the lock surfaces while the lock screen is still being built are kept for it, in
+# their order: the shield covers every output through the compositor (wayland_held_keys, on Qt's
+# offscreen platform), wtype types on the lock surface, and only then is the lock window made
+# key; it must get every key. A key read before a window takes it and dropped would let a
+# password typed at once after the lock hot key come out short.
+#   e2e_wayland_held_keys.sh sway|labwc
+set -u
+compositor=$1
+source "$TESTS_DIR/rig/wayland.sh"
+fail() { echo "FAIL: $*" >&2; exit 1; }
+if [ ! -x "$WAYLAND_CHROOT/usr/bin/$compositor" ]; then
+    echo "SKIPPED: no $compositor in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
+    exit 77
+fi
+[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
+RIG_DIR=$(mktemp -d)
+export XDG_RUNTIME_DIR=$RIG_DIR
+compositor_start "$compositor"
+case $? in
+0) ;;
+2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
+*) fail "$compositor did not start" ;;
+esac
+trap 'compositor_stop; rm -rf "$RIG_DIR"' EXIT
+
+mkfifo "$RIG_DIR/go"
+QT_QPA_PLATFORM=offscreen "$WAYLAND_HELD_KEYS" <"$RIG_DIR/go" >"$RIG_DIR/keys.txt" 2>&1 &
+exec {go}>"$RIG_DIR/go"
+for ((i = 0; i < 50; i++)); do grep -q covered "$RIG_DIR/keys.txt" && break; sleep 0.1; done
+grep -q covered "$RIG_DIR/keys.txt" || fail "the shield did not cover the outputs: $(cat "$RIG_DIR/keys.txt")"
+# Shift first, which types nothing: the lock surface has the virtual keyboard's keymap before
+# the first key that types.
+# wtype reads its text as UTF-8 only in a UTF-8 locale.
+in_chroot env LC_ALL=C.UTF-8 wtype -s 200 -k Shift_L -s 100 -d 30 "k3y é" || fail "wtype could not type"
+sleep 0.5 # read from the compositor by now, before any window takes keys
+echo go >&"$go"
+for ((i = 0; i < 50; i++)); do grep -q '^typed' "$RIG_DIR/keys.txt" && break; sleep 0.1; done
+typed=$(sed -n 's/^typed //p' "$RIG_DIR/keys.txt")
+[ "$typed" = "k3y é" ] || fail "the lock window got \"$typed\" of the keys typed before it took them"
+echo PASS
