@@ -57,6 +57,11 @@ struct WaylandSessionLock::State
     wp_viewporter* viewporter = nullptr;
     ext_session_lock_v1* lock = nullptr;
     bool locked = false;
+    // While the answer to the lock request is awaited, the note of the lock held is owed rather
+    // than written: its write (a file made, synced and renamed, up to 4 ms on a disk) would come
+    // between `locked` and the cover's commit.
+    bool awaiting = false;
+    bool recordOwed = false;
     std::vector<std::unique_ptr<WaylandLockOutput>> outputs;
     Painter painter;
     xkb_context* xkb = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
@@ -155,7 +160,9 @@ struct WaylandSessionLock::State
         s->locked = true;
         // The moment the compositor hides every output (bench/wayland.sh times it).
         Log::line(QStringLiteral("the compositor has locked the session"));
-        if (s->record)
+        if (s->record && s->awaiting)
+            s->recordOwed = true;
+        else if (s->record)
             s->record->writeHeld();
         emit s->owner->locked();
     }
@@ -325,12 +332,18 @@ void WaylandSessionLock::lock()
 
 bool WaylandSessionLock::awaitCover(std::chrono::milliseconds limit)
 {
-    return m->connection.dispatchUntil(limit, [this] {
+    m->awaiting = true;
+    const bool shown = m->connection.dispatchUntil(limit, [this] {
         return !m->lock ||
                (m->locked && std::all_of(m->outputs.begin(), m->outputs.end(), [](const auto& o) {
                     return !o->hasLockSurface() || o->hasShownPicture();
                 }));
     });
+    m->awaiting = false;
+    if (m->recordOwed && m->locked && m->record)
+        m->record->writeHeld();
+    m->recordOwed = false;
+    return shown;
 }
 
 void WaylandSessionLock::holdKeys(bool held)
