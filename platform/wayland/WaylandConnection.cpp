@@ -75,14 +75,27 @@ void WaylandConnection::holdInput(bool held, std::function<void()> afterwards)
     if (held == m_inputHeld)
         return;
     m_inputHeld = held;
-    if (held || !m_events)
+    if (held)
         return;
+    if (!m_events) {
+        if (afterwards)
+            afterwards();
+        return;
+    }
     QTimer::singleShot(0, m_events.get(), [this, afterwards = std::move(afterwards)] {
-        if (!m_inputHeld && m_inputQueue && isWatching())
-            wl_display_dispatch_queue_pending(m_display, m_inputQueue);
+        // Held again meanwhile: the events wait on, and so does what comes after them.
+        if (m_inputHeld)
+            return;
+        dispatchInput();
         if (afterwards)
             afterwards();
     });
+}
+
+void WaylandConnection::dispatchInput()
+{
+    if (m_display && m_inputQueue && isWatching())
+        wl_display_dispatch_queue_pending(m_display, m_inputQueue);
 }
 
 bool WaylandConnection::dispatchUntil(std::chrono::milliseconds limit,

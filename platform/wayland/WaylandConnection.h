@@ -51,6 +51,8 @@ public:
     // handled as they come.
     void holdInput(bool held, std::function<void()> afterwards = {});
     bool holdsInput() const { return m_inputHeld; }
+    // Handles the input queue's events read so far, held or not.
+    void dispatchInput();
 
 private:
     void dispatch();

@@ -191,12 +191,15 @@ struct WaylandSessionLock::State
                                s->connection.inputQueue());
             wl_keyboard_add_listener(s->keyboard, &keyboardListener, s);
         } else if (!keyboard && s->keyboard) {
-            // A keyboard unplugged (or a virtual one ended) right after typing: its keys still
-            // wait while held.
-            if (s->connection.holdsInput())
+            // A keyboard unplugged (or a virtual one ended) right after typing: its last keys
+            // may have been read with this event, onto the input queue, which is handled after
+            // this one. Released before them, its proxy would drop them; while held they wait.
+            if (s->connection.holdsInput()) {
                 s->lostKeyboards.push_back(s->keyboard);
-            else
+            } else {
+                s->connection.dispatchInput();
                 wl_keyboard_release(s->keyboard);
+            }
             s->keyboard = nullptr;
         }
         const bool pointer = capabilities & WL_SEAT_CAPABILITY_POINTER;
@@ -365,6 +368,9 @@ void WaylandSessionLock::unlock()
     for (auto& output : m->outputs)
         output->destroySurface();
     wl_display_roundtrip(m->connection.display());
+    // Keys the round trip read (typed after the password, on a surface now gone) are handled
+    // now, by nobody, rather than left queued for the next lock's window.
+    m->connection.dispatchInput();
 }
 
 bool WaylandSessionLock::isLocked() const

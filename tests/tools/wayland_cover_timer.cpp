@@ -277,8 +277,10 @@ bool drawn(const Output& output)
 }
 
 // Waits for the compositor's events (and the other descriptors given) until done() says so or
-// the deadline passes; false on a timeout or a lost connection.
-bool dispatchUntil(wl_display* display, double deadline, const std::vector<int>& others,
+// the deadline passes; false on a timeout or a lost connection. done() may set a descriptor of
+// `others` to -1 once it is of no more interest: one that stays readable (an ended child's pidfd)
+// would otherwise wake every poll at once, a busy loop at the observer's real-time priority.
+bool dispatchUntil(wl_display* display, double deadline, std::vector<int>& others,
                    const std::function<bool(short*)>& done)
 {
     std::vector<pollfd> fds{{wl_display_get_fd(display), POLLIN, 0}};
@@ -289,6 +291,8 @@ bool dispatchUntil(wl_display* display, double deadline, const std::vector<int>&
         if (done(events.data()))
             return true;
         std::fill(events.begin(), events.end(), 0);
+        for (size_t i = 0; i < others.size(); ++i)
+            fds[i + 1].fd = others[i];
         if (failed || nowMs() > deadline)
             return false;
         while (wl_display_prepare_read(display) != 0)
@@ -310,6 +314,11 @@ bool dispatchUntil(wl_display* display, double deadline, const std::vector<int>&
         for (size_t i = 0; i < others.size(); ++i)
             events[i] = fds[i + 1].revents;
     }
+}
+bool dispatchUntil(wl_display* display, double deadline, std::vector<int>&& others,
+                   const std::function<bool(short*)>& done)
+{
+    return dispatchUntil(display, deadline, others, done);
 }
 
 void print(const char* name, std::optional<double> ms)
@@ -407,6 +416,8 @@ int timeLock(wl_display* display, int argc, char** argv)
         if (!exitedAt && (events[others.size() - 1] & POLLIN)) {
             exitedAt = now - start;
             waitpid(child, nullptr, 0);
+            others.back() = -1;
+            close(childFd);
         }
         if (!coveredAt && allOutputs(covered, &when))
             coveredAt = when - start;

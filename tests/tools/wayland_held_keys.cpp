@@ -5,18 +5,21 @@
 //   wayland_held_keys
 // Prints "covered" once the compositor shows the cover, runs the event loop (the keys typed are
 // read from the compositor meanwhile) until a line comes on standard input, then makes a window
-// key, prints "typed TEXT" with what the window got within half a second, and unlocks.
+// key and prints "taking keys"; at the next line, "busy", and the program does nothing for two
+// seconds (as a lock screen busy drawing), so that what is typed meanwhile is read at once
+// afterwards; at the next line, "typed TEXT" with all the window got, and it unlocks.
 #include "platform/wayland/WaylandScreenShield.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QSocketNotifier>
-#include <QTimer>
 #include <QWidget>
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 namespace {
 
@@ -45,16 +48,19 @@ int main(int argc, char** argv)
         say("no lock protocol");
         return 1;
     }
-    if (!shield.coverDisplays(Qt::darkBlue)) {
+    // Held once the compositor has said `locked` (the cover is committed at the configure that
+    // comes with it).
+    if (!shield.coverDisplays(Qt::darkBlue) || !shield.holdsPointer()) {
         say("not covered");
         return 1;
     }
     say("covered");
+    // The event loop runs until a line comes.
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &app, [&] {
-        input.setEnabled(false);
         char line[64];
-        (void)!::read(STDIN_FILENO, line, sizeof(line));
+        if (::read(STDIN_FILENO, line, sizeof(line)) <= 0)
+            input.setEnabled(false);
         app.quit();
     });
     app.exec();
@@ -64,7 +70,10 @@ int main(int argc, char** argv)
     window.show();
     shield.keepAbove({&window});
     shield.makeKey(&window);
-    QTimer::singleShot(500, &app, &QApplication::quit);
+    say("taking keys");
+    app.exec();
+    say("busy");
+    std::this_thread::sleep_for(std::chrono::seconds(2));
     app.exec();
     say("typed " + window.typed.toUtf8());
     shield.releaseGrabs();
