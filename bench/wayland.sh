@@ -214,6 +214,15 @@ for compositor in "${compositors[@]}"; do
     row "Starting and ending \`true\` from the host, as \`tessarine lock\` is started" "$start_host" ""
 done
 echo
+if [ "${WAYLAND_COVER_TIMER_PRIORITY:-}" = normal ]; then
+    observer_priority="the normal priority (\`WAYLAND_COVER_TIMER_PRIORITY=normal\`)"
+else
+    observer_priority="the lowest real-time priority (\`SCHED_FIFO\`, reset for what it starts)"
+fi
+echo "- The observer ran at $observer_priority. It sleeps in poll() between events, and at the"
+echo "  normal priority a busy machine wakes it late for a log line or a process's end; it stops"
+echo "  watching a process once it has ended (an ended process's pidfd stays readable, which made"
+echo "  it spin, a core taken from both lockers, before this was found)."
 cat <<'EOF'
 - The observer (`tests/tools/wayland_cover_timer`) is a Wayland client of the compositor, the
   same for both lockers. It copies five points of each output (the centre and four near the

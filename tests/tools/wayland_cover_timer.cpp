@@ -333,9 +333,13 @@ void print(const char* name, std::optional<double> ms)
 // to say (a real-time priority, the lowest), so that a log line, a process's end or a frame's
 // copy is timed when it comes rather than when a busy machine gets round to the observer. It
 // sleeps in poll() between events; what it starts runs at the normal priority
-// (SCHED_RESET_ON_FORK). Without the privilege, the timing says so and goes on.
+// (SCHED_RESET_ON_FORK). Without the privilege, the timing says so and goes on; with
+// WAYLAND_COVER_TIMER_PRIORITY=normal it is not asked for (to compare).
 void wakePromptly()
 {
+    const char* chosen = std::getenv("WAYLAND_COVER_TIMER_PRIORITY");
+    if (chosen && std::strcmp(chosen, "normal") == 0)
+        return;
     sched_param lowest{};
     lowest.sched_priority = sched_get_priority_min(SCHED_FIFO);
     if (sched_setscheduler(0, SCHED_FIFO | SCHED_RESET_ON_FORK, &lowest) != 0)
