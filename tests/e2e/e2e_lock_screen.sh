@@ -9,29 +9,8 @@ fake_power_supply
 write_password ab
 shots=${SCREENSHOT_DIR:-$RIG_DIR}
 mkdir -p "$shots"
-# Quiet scripts, so that only the bus sets the mail count here.
-export TESSARINE_SCRIPTS_DIR=$RIG_DIR/scripts
-mkdir -p "$TESSARINE_SCRIPTS_DIR"
-for name in animateOn Tessarine Mail; do
-    printf '#!/bin/sh\nexit 0\n' >"$TESSARINE_SCRIPTS_DIR/$name"
-    chmod +x "$TESSARINE_SCRIPTS_DIR/$name"
-done
-
-# The player: a long tone with a title, and a cover beside it.
-music=$RIG_DIR/music
-mkdir -p "$music"
-sox -n --comment "TITLE=Evening Tone" -r 44100 "$music/tone.flac" synth 600 sine 440 ||
-    fail "sox could not make the tone"
-convert -size 120x120 xc:'#d01070' "$music/cover.png"
-mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
-    "$music/tone.flac" >/dev/null 2>&1 &
-player=$!
-trap 'kill $player 2>/dev/null; desktop_stop' EXIT
-player_status() { playerctl --player=mpv status 2>/dev/null; }
-status_is() { [ "$(player_status)" = "$1" ]; }
-titled() { [ "$(playerctl --player=mpv metadata title 2>/dev/null)" = "Evening Tone" ]; }
-wait_until 10 status_is Playing || fail "mpv did not start playing"
-wait_until 5 titled || fail "mpv did not read the title"
+quiet_scripts
+start_player
 
 # Helpers on screenshots: the share of a region darker (or lighter) than a level, and whether
 # a colour close to the given one occurs in it.
@@ -93,7 +72,7 @@ positive "$(share_below "$light" 300 22 55 778 40)" || fail "no track line"
 
 # Paused in the player itself: the line changes within a second.
 playerctl --player=mpv pause
-wait_until 2 status_is Paused || fail "mpv did not pause"
+wait_until 2 player_is Paused || fail "mpv did not pause"
 changed_from_playing() {
     import -window root "$RIG_DIR/now.png"
     band "$RIG_DIR/now.png" now
@@ -104,9 +83,9 @@ paused=$(shot lock-screen-paused)
 
 # The play key while locked reaches the player through Tessarine, which holds the keyboard.
 xdotool key XF86AudioPlay
-wait_until 2 status_is Playing || fail "the play key did not resume the player: $(player_status)"
+wait_until 2 player_is Playing || fail "the play key did not resume the player: $(player_status)"
 xdotool key XF86AudioPlay
-wait_until 2 status_is Paused || fail "the play key did not pause the player: $(player_status)"
+wait_until 2 player_is Paused || fail "the play key did not pause the player: $(player_status)"
 
 # The mail badge: an empty envelope, then the count 3 set over the bus (a red badge).
 ! has_colour "$paused" 40 40 600 705 '#e0312c' || fail "a count badge before any count"

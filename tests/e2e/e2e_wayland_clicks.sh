@@ -25,37 +25,16 @@ write_options "<key>desktopImageType</key><integer>2</integer>
     fail "no cursor theme"
 export XCURSOR_PATH=$RIG_DIR/icons XCURSOR_THEME=bare XCURSOR_SIZE=64
 session_start
-# The virtual pointer gives the seat a pointer; its standard input takes the actions.
-mkfifo "$RIG_DIR/pointer.in"
-"$WAYLAND_POINTER_DEVICE" <"$RIG_DIR/pointer.in" >"$RIG_DIR/pointer.txt" 2>&1 &
-RIG_PIDS+=($!)
-exec {actions}>"$RIG_DIR/pointer.in"
-wait_until 5 grep -q ready "$RIG_DIR/pointer.txt" || fail "no pointer device: $(cat "$RIG_DIR/pointer.txt")"
+pointer_start
 
 start_tessarine_in_session
 "$TESSARINE" lock || fail "tessarine lock failed"
 wait_until 5 lock_shown || fail "not every output shows the lock screen"
 sleep 0.8 # the first paint of every view
 
-# The layout's size (grim's picture of every output) and the first output's, at 0,0.
-in_chroot grim "$WAYLAND_RUNTIME/layout.png" || fail "no picture of the layout"
-read -r layout_w layout_h < <(identify -format '%w %h\n' "$WAYLAND_CHROOT$WAYLAND_RUNTIME/layout.png")
-in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/first.png" || fail "no picture of HEADLESS-1"
-read -r output_w output_h < <(identify -format '%w %h\n' "$WAYLAND_CHROOT$WAYLAND_RUNTIME/first.png")
+measure_outputs
 echo "layout ${layout_w}x$layout_h, HEADLESS-1 ${output_w}x$output_h"
 
-answers() { grep -c -e done -e failed "$RIG_DIR/pointer.txt"; }
-answered() { [ "$(answers)" -gt "$1" ]; }
-act() { # ACTION...: one line to the pointer, answered once the compositor has it
-    local before
-    before=$(answers)
-    echo "$*" >&"$actions"
-    wait_until 3 answered "$before" && [ "$(tail -n 1 "$RIG_DIR/pointer.txt")" = done ]
-}
-click() { # X Y of the lock screen's 1280x800 points, on HEADLESS-1
-    act move $(($1 * output_w / 1280)) $(($2 * output_h / 800)) "$layout_w" "$layout_h" &&
-        sleep 0.2 && act click
-}
 share_below() { # SHOT W H X Y LEVEL%: of the lock screen's points, scaled to the output
     convert "$1" -crop "$(($2 * output_w / 1280))x$(($3 * output_h / 800))+$(($4 * output_w / 1280))+$(($5 * output_h / 800))" \
         +repage -colorspace Gray -threshold "$6%" -negate -format '%[fx:mean]' info:
@@ -69,19 +48,19 @@ field_shown && fail "the password field shows before any click"
 [ -n "${SCREENSHOT_DIR:-}" ] && mkdir -p "$SCREENSHOT_DIR" &&
     cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/field.png" "$SCREENSHOT_DIR/wayland-unclicked-$compositor.png"
 # On the background: nothing happens, the lock stays.
-click 200 200 || fail "the virtual pointer could not click: $(cat "$RIG_DIR/pointer.txt")"
+pointer_click 200 200 || fail "the virtual pointer could not click: $(cat "$RIG_DIR/pointer.txt")"
 sleep 0.5
 lock_shown || fail "a click unlocked"
 field_shown && fail "a click on the background brought the password field"
 # On do-not-disturb, right of the battery: the password field comes.
-click 665 727 || fail "the virtual pointer could not click on do-not-disturb"
+pointer_click 665 727 || fail "the virtual pointer could not click on do-not-disturb"
 wait_until 5 field_shown || fail "a click on do-not-disturb did not bring the password field"
 lock_shown || fail "the click on do-not-disturb unlocked"
 [ -n "${SCREENSHOT_DIR:-}" ] && mkdir -p "$SCREENSHOT_DIR" &&
     cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/field.png" "$SCREENSHOT_DIR/wayland-field-$compositor.png"
 
 # The arrow drawn by Tessarine, its tip at the pointer on the white background.
-act move 200 180 "$layout_w" "$layout_h" || fail "the virtual pointer could not move"
+pointer_act move 200 180 "$layout_w" "$layout_h" || fail "the virtual pointer could not move"
 arrow_height() { # of the dark pixels in the box below and right of the pointer
     in_chroot grim -c -g "195,175 80x80" "$WAYLAND_RUNTIME/arrow.png" &&
         convert "$WAYLAND_CHROOT$WAYLAND_RUNTIME/arrow.png" -colorspace Gray -threshold 30% -negate \

@@ -11,19 +11,9 @@ set -u
 compositor=$1
 source "$TESTS_DIR/rig/wayland.sh"
 fail() { echo "FAIL: $*" >&2; exit 1; }
-if [ ! -x "$WAYLAND_CHROOT/usr/bin/$compositor" ]; then
-    echo "SKIPPED: no $compositor in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
-    exit 77
-fi
-[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
-RIG_DIR=$(mktemp -d)
+wayland_rig_start "$compositor"
+# The lock's note goes to the rig's own runtime folder.
 export XDG_RUNTIME_DIR=$RIG_DIR
-compositor_start "$compositor"
-case $? in
-0) ;;
-2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
-*) fail "$compositor did not start" ;;
-esac
 trap 'compositor_stop; rm -rf "$RIG_DIR"' EXIT
 
 mkfifo "$RIG_DIR/go"

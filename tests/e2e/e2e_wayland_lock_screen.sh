@@ -11,44 +11,13 @@ source "$TESTS_DIR/rig/wayland_session.sh"
 start_fake_logind || fail "no fake logind"
 shots=${SCREENSHOT_DIR:-$RIG_DIR}
 mkdir -p "$shots"
-# Quiet scripts, so that only the bus sets the mail count here; Shut Down's own script, which
-# asks the login manager.
-export TESSARINE_SCRIPTS_DIR=$RIG_DIR/scripts
-mkdir -p "$TESSARINE_SCRIPTS_DIR"
-for name in animateOn Tessarine Mail; do
-    printf '#!/bin/sh\nexit 0\n' >"$TESSARINE_SCRIPTS_DIR/$name"
-    chmod +x "$TESSARINE_SCRIPTS_DIR/$name"
-done
-cp "$TESTS_DIR/../resources/scripts/ShutDownScript" "$TESSARINE_SCRIPTS_DIR/" ||
-    fail "no Shut Down script"
-
-# The player: a long tone with a title, and a cover beside it.
-music=$RIG_DIR/music
-mkdir -p "$music"
-sox -n --comment "TITLE=Evening Tone" -r 44100 "$music/tone.flac" synth 600 sine 440 ||
-    fail "sox could not make the tone"
-convert -size 120x120 xc:'#d01070' "$music/cover.png"
-mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
-    "$music/tone.flac" >/dev/null 2>&1 &
-RIG_PIDS+=($!)
-player_status() { playerctl --player=mpv status 2>/dev/null; }
-status_is() { [ "$(player_status)" = "$1" ]; }
-titled() { [ "$(playerctl --player=mpv metadata title 2>/dev/null)" = "Evening Tone" ]; }
-wait_until 10 status_is Playing || fail "mpv did not start playing"
-wait_until 5 titled || fail "mpv did not read the title"
-
+quiet_scripts
+start_player
 session_start
-mkfifo "$RIG_DIR/pointer.in"
-"$WAYLAND_POINTER_DEVICE" <"$RIG_DIR/pointer.in" >"$RIG_DIR/pointer.txt" 2>&1 &
-RIG_PIDS+=($!)
-exec {actions}>"$RIG_DIR/pointer.in"
-wait_until 5 grep -q ready "$RIG_DIR/pointer.txt" || fail "no pointer device: $(cat "$RIG_DIR/pointer.txt")"
+pointer_start
+measure_outputs
 
 # --- Pictures of HEADLESS-1, and regions of them in the lock screen's points. ---------------
-in_chroot grim "$WAYLAND_RUNTIME/layout.png" || fail "no picture of the layout"
-read -r layout_w layout_h < <(identify -format '%w %h\n' "$WAYLAND_CHROOT$WAYLAND_RUNTIME/layout.png")
-in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/first.png" || fail "no picture of HEADLESS-1"
-read -r output_w output_h < <(identify -format '%w %h\n' "$WAYLAND_CHROOT$WAYLAND_RUNTIME/first.png")
 shot() { # NAME: a picture of HEADLESS-1, its path printed
     in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/$1.png" || return 1
     cp "$WAYLAND_CHROOT$WAYLAND_RUNTIME/$1.png" "$shots/wayland-$1-$compositor.png"
@@ -70,20 +39,6 @@ has_colour() { # SHOT W H X Y COLOUR
         +opaque "$6" -fill white -opaque "$6" -format '%[fx:mean>0]' info:)" = 1 ]
 }
 above() { awk -v v="$1" -v min="$2" 'BEGIN { exit !(v > min) }'; }
-
-# --- The virtual pointer. --------------------------------------------------------------------
-answers() { grep -c -e done -e failed "$RIG_DIR/pointer.txt"; }
-answered() { [ "$(answers)" -gt "$1" ]; }
-act() { # ACTION...: one line to the pointer, answered once the compositor has it
-    local before
-    before=$(answers)
-    echo "$*" >&"$actions"
-    wait_until 3 answered "$before" && [ "$(tail -n 1 "$RIG_DIR/pointer.txt")" = done ]
-}
-click() { # X Y of the lock screen's points, on HEADLESS-1
-    act move $(($1 * output_w / 1280)) $(($2 * output_h / 800)) "$layout_w" "$layout_h" &&
-        sleep 0.2 && act click
-}
 
 lock_with_picture() { # COLOUR NAME
     convert -size 1280x800 xc:"$1" "$RIG_DIR/$2.png"
@@ -118,7 +73,7 @@ media_key() { # KEY STATUS
     local tries
     for tries in 1 2; do
         in_chroot wtype -s 200 -k "$1" || fail "wtype could not press $1"
-        wait_until 3 status_is "$2" && return 0
+        wait_until 3 player_is "$2" && return 0
     done
     fail "$1 did not bring the player to $2: $(player_status)"
 }
@@ -140,7 +95,7 @@ buttons=$(shot buttons) || fail "no picture of the lock screen"
 left=$(convert "$buttons" -crop "$(region 400 24 880 16)" +repage -colorspace Gray -threshold 70% \
     -negate -trim -format '%X' info: 2>/dev/null | tr -d '+')
 [ -n "$left" ] && [ "$left" -ge 0 ] || fail "no Shut Down button in the top-right corner"
-click $((880 + left * 1280 / output_w + 12)) 27 ||
+pointer_click $((880 + left * 1280 / output_w + 12)) 27 ||
     fail "the virtual pointer could not click: $(cat "$RIG_DIR/pointer.txt")"
 wait_until 5 eval '[ "$(logind_count poweroff)" -gt 0 ]' || fail "logind was not asked to power off"
 grep -q '^poweroff interactive' "$RIG_DIR/logind.out" ||

@@ -7,19 +7,7 @@ set -u
 compositor=$1
 source "$TESTS_DIR/rig/wayland.sh"
 fail() { echo "FAIL: $*" >&2; exit 1; }
-# Skipped, and said why, only where the tree cannot be had (ctest shows it as skipped).
-if [ ! -x "$WAYLAND_CHROOT/usr/bin/$compositor" ]; then
-    echo "SKIPPED: no $compositor in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
-    exit 77
-fi
-[ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
-RIG_DIR=$(mktemp -d)
-compositor_start "$compositor"
-case $? in
-0) ;;
-2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
-*) fail "$compositor did not start" ;;
-esac
+wayland_rig_start "$compositor"
 covered_with() { # COLOUR: every output shows it (and there are outputs to see)
     local outputs output
     outputs=$(compositor_outputs) && [ -n "$outputs" ] || return 1

@@ -307,3 +307,36 @@ give_keyboard() {
     xdotool mousemove $((X + WIDTH / 2)) $((Y + 12)) click 1
     wait_until 5 is_active "$window"
 }
+
+# Scripts of the test's own (TESSARINE_SCRIPTS_DIR): quiet ones for the opening, the program's
+# and the mail count, so that only the bus sets the count; Shut Down's own, which asks the login
+# manager.
+quiet_scripts() {
+    export TESSARINE_SCRIPTS_DIR=$RIG_DIR/scripts
+    mkdir -p "$TESSARINE_SCRIPTS_DIR"
+    local name
+    for name in animateOn Tessarine Mail; do
+        printf '#!/bin/sh\nexit 0\n' >"$TESSARINE_SCRIPTS_DIR/$name"
+        chmod +x "$TESSARINE_SCRIPTS_DIR/$name"
+    done
+    cp "$TESTS_DIR/../resources/scripts/ShutDownScript" "$TESSARINE_SCRIPTS_DIR/" ||
+        fail "no Shut Down script"
+}
+
+# A real player, mpv over MPRIS, playing a long tone titled "Evening Tone" with a cover
+# (#d01070) beside it; back once it plays with its title read.
+player_status() { playerctl --player=mpv status 2>/dev/null; }
+player_is() { [ "$(player_status)" = "$1" ]; }
+player_titled() { [ "$(playerctl --player=mpv metadata title 2>/dev/null)" = "Evening Tone" ]; }
+start_player() {
+    local music=$RIG_DIR/music
+    mkdir -p "$music"
+    sox -n --comment "TITLE=Evening Tone" -r 44100 "$music/tone.flac" synth 600 sine 440 ||
+        fail "sox could not make the tone"
+    convert -size 120x120 xc:'#d01070' "$music/cover.png"
+    mpv --no-config --script=/usr/lib/mpv-mpris/mpris.so --ao=null --no-video --no-terminal \
+        "$music/tone.flac" >/dev/null 2>&1 &
+    RIG_PIDS+=($!)
+    wait_until 10 player_is Playing || fail "mpv did not start playing"
+    wait_until 5 player_titled || fail "mpv did not read the title"
+}

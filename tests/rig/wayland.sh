@@ -111,3 +111,21 @@ wayland_type() {
     # wtype reads its text as UTF-8 only in a UTF-8 locale.
     in_chroot env LC_ALL=C.UTF-8 wtype -s 100 "$1" -k Return
 }
+
+# wayland_rig_start COMPOSITOR: for a test without the X11 rig, RIG_DIR made and the compositor
+# started; the test is skipped, and says why, only where the tree cannot be had (ctest shows it
+# as skipped), and fails when the compositor does not start.
+wayland_rig_start() {
+    if [ ! -x "$WAYLAND_CHROOT/usr/bin/$1" ]; then
+        echo "SKIPPED: no $1 in $WAYLAND_CHROOT (tools/wayland-chroot.sh makes it; it needs root)"
+        exit 77
+    fi
+    [ "$(id -u)" -eq 0 ] || { echo "SKIPPED: the compositor's chroot needs root"; exit 77; }
+    RIG_DIR=$(mktemp -d)
+    compositor_start "$1"
+    case $? in
+    0) ;;
+    2) echo "SKIPPED: the trixie tree cannot be mounted here"; exit 77 ;;
+    *) echo "FAIL: $1 did not start" >&2; exit 1 ;;
+    esac
+}

@@ -93,3 +93,38 @@ unlock_with_password() { # WHAT
     wayland_type k3y
     wait_until 5 desktop_shown || fail "$1: the password did not unlock"
 }
+
+# A virtual pointer of the test's own on the seat (tests/tools/wayland_pointer_device): headless
+# compositors have none, and labwc has no command that clicks. Its standard input takes the
+# actions (pointer_act).
+pointer_start() {
+    mkfifo "$RIG_DIR/pointer.in"
+    "$WAYLAND_POINTER_DEVICE" <"$RIG_DIR/pointer.in" >"$RIG_DIR/pointer.txt" 2>&1 &
+    RIG_PIDS+=($!)
+    exec {POINTER_ACTIONS}>"$RIG_DIR/pointer.in"
+    wait_until 5 grep -q ready "$RIG_DIR/pointer.txt" ||
+        fail "no pointer device: $(cat "$RIG_DIR/pointer.txt")"
+}
+pointer_answers() { grep -c -e done -e failed "$RIG_DIR/pointer.txt"; }
+pointer_answered() { [ "$(pointer_answers)" -gt "$1" ]; }
+# pointer_act ACTION...: one line to the pointer, answered once the compositor has it.
+pointer_act() {
+    local before
+    before=$(pointer_answers)
+    echo "$*" >&"$POINTER_ACTIONS"
+    wait_until 3 pointer_answered "$before" && [ "$(tail -n 1 "$RIG_DIR/pointer.txt")" = done ]
+}
+# The layout's size (grim's picture of every output) in layout_w and layout_h, and HEADLESS-1's
+# (at 0,0) in output_w and output_h. Each output shows the whole of the rig's 1280x800 X screen
+# fitted to it: a lock screen's point X Y is at X * output_w / 1280, Y * output_h / 800.
+measure_outputs() {
+    in_chroot grim "$WAYLAND_RUNTIME/layout.png" || fail "no picture of the layout"
+    read -r layout_w layout_h < <(identify -format '%w %h\n' "$WAYLAND_CHROOT$WAYLAND_RUNTIME/layout.png")
+    in_chroot grim -o HEADLESS-1 "$WAYLAND_RUNTIME/first.png" || fail "no picture of HEADLESS-1"
+    read -r output_w output_h < <(identify -format '%w %h\n' "$WAYLAND_CHROOT$WAYLAND_RUNTIME/first.png")
+}
+# pointer_click X Y: the lock screen's point X Y on HEADLESS-1 clicked (measure_outputs first).
+pointer_click() {
+    pointer_act move $(($1 * output_w / 1280)) $(($2 * output_h / 800)) "$layout_w" "$layout_h" &&
+        sleep 0.2 && pointer_act click
+}
