@@ -31,13 +31,7 @@ shot() { import -window root "$shots/$1.png" && echo "$shots/$1.png"; }
 locked() { keyboard_grabbed_by_other; }
 
 lock_with_picture() { # COLOUR NAME
-    convert -size 1280x800 xc:"$1" "$RIG_DIR/$2.png"
-    write_options "<key>desktopImageType</key><integer>2</integer>
-<key>desktopImageURL</key><string>file://$RIG_DIR/$2.png</string>
-<key>showTime</key><true/><key>showBattery</key><true/><key>showMusic</key><true/>
-<key>showShutDown</key><true/><key>showDoNotDisturb</key><true/>
-<key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
-<key>flat</key><false/>"
+    every_view_options "$1" "$2"
     : >"$RIG_DIR/tessarine.log"
     start_tessarine
     wait_until 5 tray_icon_embedded || fail "no tray icon"

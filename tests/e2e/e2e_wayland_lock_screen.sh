@@ -41,13 +41,7 @@ has_colour() { # SHOT W H X Y COLOUR
 above() { awk -v v="$1" -v min="$2" 'BEGIN { exit !(v > min) }'; }
 
 lock_with_picture() { # COLOUR NAME
-    convert -size 1280x800 xc:"$1" "$RIG_DIR/$2.png"
-    write_options "<key>desktopImageType</key><integer>2</integer>
-<key>desktopImageURL</key><string>file://$RIG_DIR/$2.png</string>
-<key>showTime</key><true/><key>showBattery</key><true/><key>showMusic</key><true/>
-<key>showShutDown</key><true/><key>showDoNotDisturb</key><true/>
-<key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
-<key>flat</key><false/>"
+    every_view_options "$1" "$2"
     start_tessarine_in_session
     "$TESSARINE" lock || fail "tessarine lock failed"
     wait_until 5 lock_shown || fail "not every output shows the lock screen"

@@ -340,3 +340,15 @@ start_player() {
     wait_until 10 player_is Playing || fail "mpv did not start playing"
     wait_until 5 player_titled || fail "mpv did not read the title"
 }
+
+# every_view_options COLOUR NAME: a plain picture of that colour ($RIG_DIR/NAME.png) behind the
+# lock screen, every view shown (clock, battery, music, Shut Down, do-not-disturb), no animations.
+every_view_options() {
+    convert -size 1280x800 xc:"$1" "$RIG_DIR/$2.png"
+    write_options "<key>desktopImageType</key><integer>2</integer>
+<key>desktopImageURL</key><string>file://$RIG_DIR/$2.png</string>
+<key>showTime</key><true/><key>showBattery</key><true/><key>showMusic</key><true/>
+<key>showShutDown</key><true/><key>showDoNotDisturb</key><true/>
+<key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
+<key>flat</key><false/>"
+}
