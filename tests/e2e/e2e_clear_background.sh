@@ -29,24 +29,6 @@ stored() { "$PLIST_KEYS" "$library/properties.plist" | grep -qx "$1"; }
 
 start_tessarine
 wait_until 10 tray_icon_embedded || fail "no tray icon"
-# Opens the Appearance pane and picks in the background menu the item STEPS places away
-# (Down for positive, Up for negative).
-choose_background() { # STEPS
-    open_preferences || fail "no preferences window"
-    local window=$PREFERENCES_WINDOW centres keys=""
-    mapfile -t centres < <(toolbar_item_centres "$window")
-    xdotool mousemove --window "$window" "${centres[1]}" 14 click 1
-    wait_until 5 eval '[ "$(xdotool getwindowname "$window")" = "Appearance — Tessarine" ]' ||
-        fail "no Appearance pane"
-    sleep 0.3
-    xdotool key Tab Tab space
-    sleep 0.4
-    if (($1 > 0)); then keys=$(printf 'Down %.0s' $(seq "$1")); fi
-    if (($1 < 0)); then keys=$(printf 'Up %.0s' $(seq $((-$1)))); fi
-    xdotool key $keys Return
-    sleep 0.3
-    xdotool key --window "$window" Escape
-}
 desktop_seen() { # LABEL: prints how many pixels of the desktop's colour show while locked
     desktop_up
     "$TESSARINE" lock || fail "$1: tessarine lock failed"

@@ -352,3 +352,22 @@ every_view_options() {
 <key>startAnimation</key><integer>0</integer><key>closeAnimation</key><integer>0</integer>
 <key>flat</key><false/>"
 }
+
+# Opens the Appearance pane of the running Tessarine and picks in the background menu the item
+# STEPS places away (Down for positive, Up for negative); from Brushed Metal, 2 is Clear.
+choose_background() { # STEPS
+    open_preferences || fail "no preferences window"
+    local window=$PREFERENCES_WINDOW centres keys=""
+    mapfile -t centres < <(toolbar_item_centres "$window")
+    xdotool mousemove --window "$window" "${centres[1]}" 14 click 1
+    wait_until 5 eval '[ "$(xdotool getwindowname "$window")" = "Appearance — Tessarine" ]' ||
+        fail "no Appearance pane"
+    sleep 0.3
+    xdotool key Tab Tab space
+    sleep 0.4
+    if (($1 > 0)); then keys=$(printf 'Down %.0s' $(seq "$1")); fi
+    if (($1 < 0)); then keys=$(printf 'Up %.0s' $(seq $((-$1)))); fi
+    xdotool key $keys Return
+    sleep 0.3
+    xdotool key --window "$window" Escape
+}
